@@ -1,0 +1,31 @@
+// The guards against hostile or runaway input, in one place; LIMITS.md explains each to users.
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+
+namespace quorvel::limits {
+
+/// Nesting of JSON text, read and written; one level deeper is nil.
+inline constexpr std::size_t kJSONDepth = 512;
+/// Nesting that a description writes out; deeper lists and dictionaries are written as "(...)" and "{...}".
+inline constexpr std::size_t kDescriptionDepth = 512;
+/// Time that one regular-expression call may take, then it answers "no match".
+inline constexpr std::chrono::milliseconds kRegularExpressionTime{250};
+/// Memory that the backtracking of one regular-expression call may take, then it answers "no match".
+inline constexpr std::int32_t kRegularExpressionBytes = 64 * 1024 * 1024;
+/// Compiled patterns that are kept for the next call, in all threads together.
+inline constexpr std::size_t kRegularExpressionCache = 64;
+/// UTF-16 units of the longest pattern that is compiled; a longer one counts as a pattern that does not compile.
+inline constexpr std::size_t kRegularExpressionPattern = 64 * 1024;
+/// Width and precision of a conversion in a format; a larger one is taken as this.
+inline constexpr int kFormatWidth = 4096;
+/// Decimals of a byte size; a larger count is taken as this.
+inline constexpr int kSizeDecimals = 1100;
+/// Bytes of a string table or a property list of a bundle; a larger file is passed over.
+inline constexpr std::size_t kResourceFileBytes = 16 * 1024 * 1024;
+/// UTF-16 units of the longest string.
+inline constexpr std::size_t kStringLength = UINT32_MAX;
+
+}  // namespace quorvel::limits

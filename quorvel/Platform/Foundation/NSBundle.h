@@ -1,0 +1,45 @@
+// NSBundle: the string tables of the application's resources.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <quorvel/Platform/Foundation/Value.h>
+
+namespace quorvel {
+
+/// A folder of resources: NAME.strings tables at its top and in its LANGUAGE.lproj folders. Cheap to copy; each table
+/// is read once, on its first use, by whichever thread comes first.
+class NSBundle {
+ public:
+  /// `mainBundle`: the folder that `setMain` named, else the one in the environment's QUORVEL_BUNDLE, else the folder
+  /// of the executable. Not the library's own.
+  [[nodiscard]] static NSBundle main();
+  static void setMain(const NSBundle& bundle);
+  /// A bundle over a folder; what is missing there reads as empty.
+  [[nodiscard]] static NSBundle at(std::string_view path);
+
+  /// `localizedStringForKey:value:table:`: the text of `key` in the table (nil: "Localizable"); without an entry
+  /// `value`, or the key itself when `value` is nil or empty.
+  [[nodiscard]] String localizedString(StringView key, StringView value, StringView table) const;
+
+  /// The names of the LANGUAGE.lproj folders, sorted.
+  [[nodiscard]] std::vector<String> localizations() const;
+  /// The localisations that are used, best first: the user's languages (LANGUAGE, LC_ALL, LC_MESSAGES, LANG) matched by
+  /// likely subtags without mixing scripts, else the first localisation.
+  [[nodiscard]] std::vector<String> preferredLocalizations() const;
+
+ private:
+  struct Contents;
+  explicit NSBundle(std::shared_ptr<Contents> contents) : contents_(std::move(contents)) {}
+  std::shared_ptr<Contents> contents_;
+};
+
+/// The entries of a `.strings` table (UTF-8, or UTF-16 with a byte-order mark): "key" = "value"; pairs with comments
+/// and the escapes \" \\ \n \r \t \0 to \777 and \Uxxxx; keys and values may be unquoted words; `key;` alone maps to
+/// itself. nil when the text breaks that form, with the line in `errorLine`.
+[[nodiscard]] std::optional<Dictionary> parseStringsTable(std::string_view bytes, std::size_t* errorLine = nullptr);
+
+}  // namespace quorvel

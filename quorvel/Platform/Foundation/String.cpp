@@ -1,0 +1,144 @@
+#include <algorithm>
+#include <atomic>
+#include <cstdlib>
+#include <new>
+#include <ostream>
+
+#include <quorvel/Platform/Foundation/Limits.h>
+#include <quorvel/Platform/Foundation/Log.h>
+#include <quorvel/Platform/Foundation/String.h>
+#include <quorvel/Platform/Foundation/Unicode.h>
+
+namespace quorvel {
+namespace {
+
+// Before the units of a shared text stands its count of references.
+using References = std::atomic<std::uint64_t>;
+constexpr std::size_t kHeader = sizeof(References);
+static_assert(kHeader == 8);
+
+References* referencesOf(const char16_t* units) {
+  return reinterpret_cast<References*>(reinterpret_cast<char*>(const_cast<char16_t*>(units)) - kHeader);
+}
+
+}  // namespace
+
+std::strong_ordering operator<=>(StringView a, StringView b) {
+  if (a.isNil() || b.isNil()) return !a.isNil() <=> !b.isNil();
+  const std::size_t common = std::min(a.size(), b.size());
+  const std::size_t same = unicode::commonPrefix(a.data(), b.data(), common);
+  if (same < common) return a[same] <=> b[same];
+  return a.size() <=> b.size();
+}
+
+char16_t* String::allocateUnits(std::size_t capacity) {
+  contract(capacity <= limits::kStringLength, "String", "a text longer than the limit");
+  void* block = std::malloc(kHeader + capacity * sizeof(char16_t));
+  if (!block) throw std::bad_alloc();
+  new (block) References(1);
+  return reinterpret_cast<char16_t*>(static_cast<char*>(block) + kHeader);
+}
+
+char16_t* String::reallocateUnits(char16_t* units, std::size_t capacity) {
+  contract(capacity <= limits::kStringLength, "String", "a text longer than the limit");
+  void* block = std::realloc(static_cast<void*>(referencesOf(units)), kHeader + capacity * sizeof(char16_t));
+  if (!block) throw std::bad_alloc();
+  return reinterpret_cast<char16_t*>(static_cast<char*>(block) + kHeader);
+}
+
+void String::freeUnits(char16_t* units) { std::free(referencesOf(units)); }
+
+String String::adopt(char16_t* units, std::size_t size) {
+  String result;
+  if (size > kInlineCapacity) {
+    result.setRemote(units, size, kSharedTag);
+    return result;
+  }
+  std::memcpy(result.inline_, units, size * sizeof(char16_t));
+  result.tag_ = static_cast<std::uint8_t>(size);
+  freeUnits(units);
+  return result;
+}
+
+String::String(StringView text) : String() {
+  if (text.size() <= kInlineCapacity) {
+    if (text.size()) std::memcpy(inline_, text.data(), text.size() * sizeof(char16_t));
+    tag_ = static_cast<std::uint8_t>(text.size());
+    return;
+  }
+  char16_t* units = allocateUnits(text.size());
+  std::memcpy(units, text.data(), text.size() * sizeof(char16_t));
+  setRemote(units, text.size(), kSharedTag);
+}
+
+void String::retain() const noexcept { referencesOf(remote().data)->fetch_add(1, std::memory_order_relaxed); }
+
+void String::release() noexcept {
+  References* references = referencesOf(remote().data);
+  // A sole owner needs no locked instruction: nobody else can reach the text to copy it.
+  if (references->load(std::memory_order_acquire) == 1 || references->fetch_sub(1, std::memory_order_acq_rel) == 1) {
+    std::free(references);
+  }
+}
+
+std::optional<String> String::fromUTF8(std::string_view bytes) {
+  const std::size_t size = unicode::utf16Length(bytes);
+  if (size > limits::kStringLength) return nil;
+  bool valid = true;
+  String result = build(size, [&](char16_t* out) {
+    const std::size_t written = unicode::utf8ToUTF16(bytes, out);
+    valid = written != unicode::kInvalid;
+    return valid ? written : 0;
+  });
+  if (!valid) return nil;
+  return result;
+}
+
+String String::fromUTF8Replacing(std::string_view bytes) {
+  return build(bytes.size(), [&](char16_t* out) { return unicode::utf8ToUTF16Replacing(bytes, out); });
+}
+
+String String::fromASCII(std::string_view bytes) {
+  return build(bytes.size(), [&](char16_t* out) {
+    for (const char byte : bytes) *out++ = static_cast<unsigned char>(byte);
+    return bytes.size();
+  });
+}
+
+std::optional<std::string> String::toUTF8() const { return unicode::toUTF8(*this); }
+
+std::string String::toUTF8Replacing() const { return unicode::toUTF8Replacing(*this); }
+
+std::ostream& operator<<(std::ostream& out, StringView text) {
+  if (text.isNil()) return out << "<nil>";
+  return out << unicode::toUTF8Replacing(text);
+}
+
+std::ostream& operator<<(std::ostream& out, const String& text) { return out << StringView(text); }
+
+void StringBuilder::grow(std::size_t needed) {
+  const std::size_t capacity = std::max(needed, std::min(capacity_ * 2, limits::kStringLength));
+  if (units_ != stack_) {
+    units_ = String::reallocateUnits(units_, capacity);
+  } else {
+    units_ = String::allocateUnits(capacity);
+    std::memcpy(units_, stack_, size_ * sizeof(char16_t));
+  }
+  capacity_ = capacity;
+}
+
+String StringBuilder::finish() {
+  String result;
+  if (units_ == stack_) {
+    result = String(view());
+  } else {
+    if (size_ < capacity_ - capacity_ / 8) units_ = String::reallocateUnits(units_, std::max<std::size_t>(size_, 1));
+    result = String::adopt(units_, size_);
+    units_ = stack_;
+    capacity_ = kStackCapacity;
+  }
+  size_ = 0;
+  return result;
+}
+
+}  // namespace quorvel

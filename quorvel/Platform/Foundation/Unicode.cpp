@@ -1,0 +1,268 @@
+#include <algorithm>
+
+#include <quorvel/Platform/Foundation/Unicode.h>
+#include <quorvel/Platform/Foundation/Vector.h>
+
+namespace quorvel::unicode {
+namespace {
+
+using vector::Units;
+
+std::uint32_t load32(const char* from) {
+  std::uint32_t word;
+  std::memcpy(&word, from, sizeof word);
+  if constexpr (std::endian::native == std::endian::big) word = __builtin_bswap32(word);
+  return word;
+}
+
+bool isASCII8(const char* bytes) {
+  std::uint64_t word;
+  std::memcpy(&word, bytes, sizeof word);
+  return (word & 0x8080808080808080) == 0;
+}
+
+bool isContinuation(char byte) { return (byte & 0xC0) == 0x80; }
+
+/// The scalar at `at`, which moves past it; kBadScalar with `at` past the maximal ill-formed piece.
+constexpr char32_t kBadScalar = 0xFFFFFFFF;
+
+char32_t decodeUTF8(const char*& at, const char* end) {
+  const auto lead = static_cast<unsigned char>(*at++);
+  if (lead < 0x80) return lead;
+  if (lead < 0xC2 || lead > 0xF4) return kBadScalar;
+  const int more = lead < 0xE0 ? 1 : lead < 0xF0 ? 2 : 3;
+  char32_t scalar = lead & (0x3F >> more);
+  for (int i = 0; i < more; ++i) {
+    if (at == end || !isContinuation(*at)) return kBadScalar;
+    const auto next = static_cast<unsigned char>(*at);
+    // The second byte alone tells overlong forms, surrogates and scalars past U+10FFFF (Unicode, table 3-7).
+    if (i == 0 && ((lead == 0xE0 && next < 0xA0) || (lead == 0xED && next > 0x9F) || (lead == 0xF0 && next < 0x90) ||
+                   (lead == 0xF4 && next > 0x8F))) {
+      return kBadScalar;
+    }
+    scalar = (scalar << 6) | (next & 0x3F);
+    ++at;
+  }
+  return scalar;
+}
+
+char16_t* writeScalar(char16_t* out, char32_t scalar) {
+  if (scalar > 0xFFFF) {
+    *out++ = static_cast<char16_t>(0xD7C0 + (scalar >> 10));
+    scalar = 0xDC00 | (scalar & 0x3FF);
+  }
+  *out++ = static_cast<char16_t>(scalar);
+  return out;
+}
+
+/// Copies ASCII in blocks of eight; stops at the first block with another byte.
+const char* copyASCII(const char* at, const char* end, char16_t*& out) {
+  while (end - at >= 8 && isASCII8(at)) {
+    Units::widen(at).store(out);
+    at += 8;
+    out += 8;
+  }
+  return at;
+}
+
+/// Copies three-byte sequences, the form of Hangul, kana and Han; stops before any other.
+const char* copyThreeByte(const char* at, const char* end, char16_t*& out) {
+  while (end - at >= 4) {
+    const std::uint32_t word = load32(at);
+    if ((word & 0x00C0C0F0) != 0x008080E0) break;
+    const std::uint32_t unit = ((word & 0x0F) << 12) | ((word >> 2) & 0x0FC0) | ((word >> 16) & 0x3F);
+    if (unit < 0x800 || isSurrogate(unit)) break;
+    *out++ = static_cast<char16_t>(unit);
+    at += 3;
+  }
+  return at;
+}
+
+char* writeUTF8(char* out, char32_t scalar) {
+  if (scalar < 0x80) {
+    *out++ = static_cast<char>(scalar);
+  } else if (scalar < 0x800) {
+    *out++ = static_cast<char>(0xC0 | (scalar >> 6));
+    *out++ = static_cast<char>(0x80 | (scalar & 0x3F));
+  } else if (scalar < 0x10000) {
+    *out++ = static_cast<char>(0xE0 | (scalar >> 12));
+    *out++ = static_cast<char>(0x80 | ((scalar >> 6) & 0x3F));
+    *out++ = static_cast<char>(0x80 | (scalar & 0x3F));
+  } else {
+    *out++ = static_cast<char>(0xF0 | (scalar >> 18));
+    *out++ = static_cast<char>(0x80 | ((scalar >> 12) & 0x3F));
+    *out++ = static_cast<char>(0x80 | ((scalar >> 6) & 0x3F));
+    *out++ = static_cast<char>(0x80 | (scalar & 0x3F));
+  }
+  return out;
+}
+
+/// Writes the UTF-8 of the text; `onUnpaired` answers the scalar to write for an unpaired surrogate, or kBadScalar to
+/// stop.
+template <class OnUnpaired>
+std::size_t encodeUTF8(StringView text, char* const start, OnUnpaired onUnpaired) {
+  const char16_t* at = text.begin();
+  const char16_t* const end = text.end();
+  char* out = start;
+  const Units ascii = Units::splat(0x7F);
+  while (at != end) {
+    while (end - at >= 8) {
+      const Units units = Units::load(at);
+      if (!atMost(units, ascii).lanesSet().all()) break;
+      units.narrow(out);
+      at += 8;
+      out += 8;
+    }
+    // Up to eight units one by one before ASCII is tried again.
+    for (int i = 0; i < 8 && at != end; ++i) {
+      char32_t unit = *at++;
+      if (isSurrogate(unit)) [[unlikely]] {
+        if (isHighSurrogate(unit) && at != end && isLowSurrogate(*at)) {
+          unit = scalarOf(static_cast<char16_t>(unit), *at++);
+        } else {
+          unit = onUnpaired();
+          if (unit == kBadScalar) return kInvalid;
+        }
+      }
+      out = writeUTF8(out, unit);
+    }
+  }
+  return static_cast<std::size_t>(out - start);
+}
+
+}  // namespace
+
+std::size_t utf16Length(std::string_view bytes) {
+  std::size_t count = 0;
+  for (const char byte : bytes) {  // a plain loop that compilers vectorise
+    count += static_cast<std::size_t>(!isContinuation(byte)) +
+             static_cast<std::size_t>(static_cast<unsigned char>(byte) >= 0xF0);
+  }
+  return count;
+}
+
+std::size_t utf8ToUTF16(std::string_view bytes, char16_t* out) {
+  const char16_t* const start = out;
+  const char* at = bytes.data();
+  const char* const end = at + bytes.size();
+  while (true) {
+    at = copyASCII(at, end, out);
+    at = copyThreeByte(at, end, out);
+    if (at == end) return static_cast<std::size_t>(out - start);
+    if (end - at >= 8 && isASCII8(at)) continue;
+    const char32_t scalar = decodeUTF8(at, end);
+    if (scalar == kBadScalar) return kInvalid;
+    out = writeScalar(out, scalar);
+  }
+}
+
+std::size_t utf8ToUTF16Replacing(std::string_view bytes, char16_t* out) {
+  const char16_t* const start = out;
+  const char* at = bytes.data();
+  const char* const end = at + bytes.size();
+  while (at != end) {
+    at = copyASCII(at, end, out);
+    if (at == end) break;
+    const char32_t scalar = decodeUTF8(at, end);
+    out = writeScalar(out, scalar == kBadScalar ? 0xFFFD : scalar);
+  }
+  return static_cast<std::size_t>(out - start);
+}
+
+std::size_t utf8Length(StringView text) {
+  std::size_t count = text.size();
+  for (const char16_t unit : text.units()) {
+    count += static_cast<std::size_t>(unit > 0x7F) + static_cast<std::size_t>(unit > 0x7FF) -
+             static_cast<std::size_t>(isSurrogate(unit));
+  }
+  return count;
+}
+
+std::size_t utf16ToUTF8(StringView text, char* out) {
+  return encodeUTF8(text, out, [] { return kBadScalar; });
+}
+
+std::optional<std::string> toUTF8(StringView text) {
+  std::string bytes;
+  // Exact unless a surrogate is unpaired, and then at most one byte short of what is written before it is found.
+  bytes.resize(utf8Length(text) + 1);
+  const std::size_t size = utf16ToUTF8(text, bytes.data());
+  if (size == kInvalid) return std::nullopt;
+  bytes.resize(size);
+  return bytes;
+}
+
+std::string toUTF8Replacing(StringView text) {
+  std::string bytes;
+  bytes.resize(text.size() * 3);
+  bytes.resize(encodeUTF8(text, bytes.data(), [] { return static_cast<char32_t>(0xFFFD); }));
+  return bytes;
+}
+
+void appendUTF8(std::string& out, char32_t scalar) {
+  char bytes[4];
+  out.append(bytes, static_cast<std::size_t>(writeUTF8(bytes, scalar) - bytes));
+}
+
+bool isWellFormed(StringView text) {
+  std::size_t i = 0;
+  while (i < text.size()) {
+    if (i + vector::kLanes <= text.size()) {
+      const Units units = Units::load(text.data() + i);
+      if (vector::inRange(units, 0xD800, 0x7FF).noneSet()) {
+        i += vector::kLanes;
+        continue;
+      }
+    }
+    if (isSurrogate(nextScalar(text, i))) return false;
+  }
+  return true;
+}
+
+std::size_t commonPrefix(const char16_t* a, const char16_t* b, std::size_t count) {
+  std::size_t i = 0;
+  for (; i + vector::kLanes <= count; i += vector::kLanes) {
+    const vector::Lanes same = equal(Units::load(a + i), Units::load(b + i)).lanesSet();
+    if (!same.all()) return i + static_cast<std::size_t>(std::countr_one(same.bits));
+  }
+  while (i < count && a[i] == b[i]) ++i;
+  return i;
+}
+
+std::size_t findUnit(StringView text, char16_t unit, std::size_t from) {
+  const Units wanted = Units::splat(unit);
+  std::size_t i = from;
+  for (; i + vector::kLanes <= text.size(); i += vector::kLanes) {
+    const vector::Lanes found = equal(Units::load(text.data() + i), wanted).lanesSet();
+    if (found.any()) return i + found.first();
+  }
+  for (; i < text.size(); ++i) {
+    if (text[i] == unit) return i;
+  }
+  return kInvalid;
+}
+
+std::size_t findLiteral(StringView text, StringView needle, std::size_t from) {
+  if (needle.isEmpty()) return from <= text.size() ? from : kInvalid;
+  if (needle.size() == 1) return findUnit(text, needle[0], from);
+  if (needle.size() > text.size()) return kInvalid;
+  const std::size_t lastStart = text.size() - needle.size();
+  const std::size_t tail = needle.size() - 1;
+  // Places where both the first and the last unit stand are few; only they are compared whole.
+  const Units first = Units::splat(needle[0]);
+  const Units last = Units::splat(needle[tail]);
+  std::size_t i = from;
+  for (; i + tail + vector::kLanes <= text.size(); i += vector::kLanes) {
+    const Units hits = equal(Units::load(text.data() + i), first) & equal(Units::load(text.data() + i + tail), last);
+    for (vector::Lanes lanes = hits.lanesSet(); lanes.any(); lanes.bits &= lanes.bits - 1) {
+      const std::size_t place = i + lanes.first();
+      if (std::memcmp(text.data() + place, needle.data(), needle.size() * sizeof(char16_t)) == 0) return place;
+    }
+  }
+  for (; i <= lastStart; ++i) {
+    if (text[i] == needle[0] && text.sub(i, needle.size()) == needle) return i;
+  }
+  return kInvalid;
+}
+
+}  // namespace quorvel::unicode

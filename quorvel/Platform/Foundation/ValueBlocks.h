@@ -1,0 +1,58 @@
+// The counted blocks behind Value, List, Dictionary and Data. Included by sources of the platform alone.
+#pragma once
+
+#include <atomic>
+
+#include <quorvel/Platform/Foundation/Value.h>
+
+namespace quorvel::detail {
+
+enum class BlockKind : std::uint32_t { Data, List, Dictionary, Object };
+
+struct Block {
+  /// Owners; once there are none, the next block that waits for its destruction.
+  std::atomic<std::uint64_t> references{1};
+  std::uint32_t size = 0;
+  std::uint32_t capacity = 0;
+  BlockKind kind;
+  std::uint32_t indexMask = 0;  // of a dictionary
+
+  [[nodiscard]] bool isShared() const { return references.load(std::memory_order_acquire) != 1; }
+};
+
+struct DataBlock : Block {
+  [[nodiscard]] std::uint8_t* bytes() { return reinterpret_cast<std::uint8_t*>(this + 1); }
+};
+
+struct ListBlock : Block {
+  [[nodiscard]] Value* items() { return reinterpret_cast<Value*>(this + 1); }
+  [[nodiscard]] const Value* items() const { return reinterpret_cast<const Value*>(this + 1); }
+};
+
+struct DictionaryBlock : Block {
+  /// Open addressing from key hashes to entries, for dictionaries that are too large to look through: the upper half
+  /// of a slot holds the upper half of the hash, the lower half the entry's place + 1; 0 is free.
+  std::uint64_t* index = nullptr;
+
+  [[nodiscard]] Entry* entries() { return reinterpret_cast<Entry*>(this + 1); }
+  [[nodiscard]] const Entry* entries() const { return reinterpret_cast<const Entry*>(this + 1); }
+};
+
+struct ObjectBlock : Block {
+  std::shared_ptr<const Object> object;
+};
+
+inline void retain(Block* block) noexcept {
+  if (block) block->references.fetch_add(1, std::memory_order_relaxed);
+}
+/// Destroys a block without owners. Nested blocks wait in a list instead of on the stack.
+void destroy(Block* block) noexcept;
+inline void release(Block* block) noexcept {
+  if (!block) return;
+  if (!block->isShared() || block->references.fetch_sub(1, std::memory_order_acq_rel) == 1) destroy(block);
+}
+
+/// The place of the key among the entries, or their number when it is not there. `block` may be nullptr.
+[[nodiscard]] std::size_t findKey(const DictionaryBlock* block, const Value& key);
+
+}  // namespace quorvel::detail
