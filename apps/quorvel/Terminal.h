@@ -1,0 +1,19 @@
+// Text for a terminal: colours from the spans of attributed text, and nothing that a terminal would obey.
+#pragma once
+
+#include <string>
+
+#include <quorvel/Platform/Foundation/NSAttributedString.h>
+#include <quorvel/Platform/UIKit/UIColor.h>
+
+namespace quorvel::command {
+
+/// Appends the text with each control character shown as its picture (U+2400 on) or U+FFFD, so that a message cannot
+/// move the cursor or recolour the screen. Line breaks are kept and followed by `indent`.
+void appendPlain(std::string& out, StringView text, std::string_view indent);
+
+/// The same with the foreground colours of the spans. Spans in `base` take the terminal's own foreground: a text colour
+/// chosen for a white screen is hard to read on a dark one.
+void appendColored(std::string& out, const NSAttributedString& text, const UIColor& base, std::string_view indent);
+
+}  // namespace quorvel::command
