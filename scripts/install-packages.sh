@@ -1,0 +1,36 @@
+#!/usr/bin/env bash
+# usage: scripts/install-packages.sh LIST...
+# Installs what the package lists name and this machine lacks; asks apt nothing when nothing is missing.
+set -euo pipefail
+
+if ! command -v dpkg-query >/dev/null; then
+  echo "install-packages: no dpkg here; install what $* name by hand" >&2
+  exit 0
+fi
+
+mapfile -t wanted < <(sed 's/#.*//' -- "$@" | tr -s '[:space:]' '\n' | grep . | sort -u)
+# The status of a package that dpkg never saw is an error message, so absence is what is not listed as installed.
+installed=$(dpkg-query -W -f '${db:Status-Status} ${Package}\n' -- "${wanted[@]}" 2>/dev/null | sed -n 's/^installed //p')
+mapfile -t missing < <(comm -23 <(printf '%s\n' "${wanted[@]}") <(sort -u <<<"$installed"))
+if [ "${#missing[@]}" -eq 0 ]; then
+  exit 0
+fi
+
+as_root=(env DEBIAN_FRONTEND=noninteractive)
+if [ "$(id -u)" -ne 0 ]; then
+  if ! command -v sudo >/dev/null; then
+    echo "install-packages: neither root nor sudo; missing: ${missing[*]}" >&2
+    exit 1
+  fi
+  as_root=(sudo "${as_root[@]}")
+fi
+apt() { "${as_root[@]}" apt-get -q -y -o DPkg::Lock::Timeout=300 "$@" </dev/null; }
+install_missing() { apt install --no-install-recommends "${missing[@]}"; }
+
+echo "install-packages: ${missing[*]}"
+# Lists are fetched when they do not know a package, and once more when what they point at is gone.
+if apt-cache show "${missing[@]}" >/dev/null 2>&1 && install_missing; then
+  exit 0
+fi
+apt update
+install_missing
