@@ -22,8 +22,9 @@ run_target() {
     runs=$(sed -n 's/^stat::number_of_executed_units: *//p' "$logs/$name.log")
     echo "ok    $name: $runs runs in $seconds s"
   else
-    echo "FOUND $name: see $logs/$name.log, which ends"
-    tail -n 30 "$logs/$name.log"
+    echo "FOUND $name: $logs/$name.log says"
+    grep -m 1 -A 20 -E 'ERROR:|runtime error:|Assertion|Sanitizer' "$logs/$name.log" || tail -n 20 "$logs/$name.log"
+    grep -o "$artifacts/.*" "$logs/$name.log" | tail -n 1
     return 1
   fi
 }

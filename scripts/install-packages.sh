@@ -8,10 +8,18 @@ if ! command -v dpkg-query >/dev/null; then
   exit 0
 fi
 
-mapfile -t wanted < <(sed 's/#.*//' -- "$@" | tr -s '[:space:]' '\n' | grep . | sort -u)
-# The status of a package that dpkg never saw is an error message, so absence is what is not listed as installed.
-installed=$(dpkg-query -W -f '${db:Status-Status} ${Package}\n' -- "${wanted[@]}" 2>/dev/null | sed -n 's/^installed //p')
-mapfile -t missing < <(comm -23 <(printf '%s\n' "${wanted[@]}") <(sort -u <<<"$installed"))
+# No process substitution here: a bare root may lack /dev/fd.
+lines() { tr -s '[:space:]' '\n' | sed '/^$/d' | sort -u; }
+wanted=$(sed 's/#.*//' -- "$@" | lines)
+# A package that dpkg never saw is an error message, so what is not listed as installed is missing.
+installed=$(dpkg-query -W -f '${db:Status-Status} ${Package}\n' -- $wanted 2>/dev/null | sed -n 's/^installed //p' | lines)
+missing=()
+for package in $wanted; do
+  case $'\n'$installed$'\n' in
+    *$'\n'"$package"$'\n'*) ;;
+    *) missing+=("$package") ;;
+  esac
+done
 if [ "${#missing[@]}" -eq 0 ]; then
   exit 0
 fi
