@@ -11,8 +11,9 @@ fi
 # No process substitution here: a bare root may lack /dev/fd.
 lines() { tr -s '[:space:]' '\n' | sed '/^$/d' | sort -u; }
 wanted=$(sed 's/#.*//' -- "$@" | lines)
-# A package that dpkg never saw is an error message, so what is not listed as installed is missing.
-installed=$(dpkg-query -W -f '${db:Status-Status} ${Package}\n' -- $wanted 2>/dev/null | sed -n 's/^installed //p' | lines)
+# dpkg-query fails for a package that it never saw; whatever it does not list as installed is missing.
+known=$(dpkg-query -W -f '${db:Status-Status} ${Package}\n' -- $wanted 2>/dev/null || true)
+installed=$(sed -n 's/^installed //p' <<<"$known" | lines)
 missing=()
 for package in $wanted; do
   case $'\n'$installed$'\n' in
