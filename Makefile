@@ -3,6 +3,7 @@ SHELL := /bin/bash
 JOBS ?= $(shell nproc)
 # What `make run` searches the sample archive for.
 TEXT ?= 여행
+export TEXT
 # How long `make fuzz` gives each target.
 FUZZ_SECONDS ?= 30
 COMMAND := build/release/apps/quorvel/quorvel
@@ -14,7 +15,7 @@ help: ## this list
 	@sed -n 's/^\([a-z]*\):.*## /make \1\t/p' Makefile | expand -t 14
 
 run: release ## search the sample archive (TEXT=...)
-	$(COMMAND) search --reply examples/archive.json --text '$(TEXT)'
+	$(COMMAND) search --reply examples/archive.json --text "$$TEXT"
 
 test: release ## build and run the tests
 	ctest --preset release -j 2

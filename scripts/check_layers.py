@@ -9,7 +9,7 @@ import re
 import sys
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]')
-COMMENT_OR_TEXT = re.compile(r'//[^\n]*|/\*.*?\*/|"(?:\\.|[^"\\\n])*"', re.DOTALL)
+COMMENT_OR_TEXT = re.compile(r"""//[^\n]*|/\*.*?\*/|"(?:\\.|[^"\\\n])*"|'(?:\\.|[^'\\\n])'""", re.DOTALL)
 FOREIGN_TYPE = re.compile(r"\b(?:UChar(?:32)?|URegularExpression|UErrorCode|U_ICU_NAMESPACE)\b|\b(?:icu|rapidjson|simdjson)\b")
 
 PLATFORM = "quorvel/Platform/"
