@@ -8,6 +8,10 @@ seconds=${1:-30}
 cmake --preset fuzz
 cmake --build --preset fuzz
 
+# Stacks need names: the sanitizer's own symbolizer belongs to a large package, binutils is always there.
+symbolizer=$(command -v llvm-symbolizer-19 addr2line | head -n 1)
+export ASAN_SYMBOLIZER_PATH=$symbolizer UBSAN_OPTIONS=print_stacktrace=1
+
 artifacts=build/fuzz/artifacts logs=build/fuzz/logs
 mkdir -p "$artifacts" "$logs"
 run_target() {
@@ -24,7 +28,7 @@ run_target() {
   else
     echo "FOUND $name: $logs/$name.log says"
     grep -m 1 -A 20 -E 'ERROR:|runtime error:|Assertion|Sanitizer' "$logs/$name.log" || tail -n 20 "$logs/$name.log"
-    grep -o "$artifacts/.*" "$logs/$name.log" | tail -n 1
+    sed -n 's/.*Test unit written to //p' "$logs/$name.log"
     return 1
   fi
 }
