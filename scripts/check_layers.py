@@ -29,6 +29,9 @@ STANDARD = frozenset("""
     variant vector version""".split())
 POSIX = re.compile(r"(?:dirent|fcntl|langinfo|poll|pwd|signal|termios|unistd)\.h|sys/\w+\.h")
 
+# The compiler's own vector headers.
+VECTOR = re.compile(r"[a-z]mmintrin\.h|arm_neon\.h")
+
 
 def include_fault(path, quoted, header):
     """Why the file at `path` may not include `header`, or None."""
@@ -41,7 +44,7 @@ def include_fault(path, quoted, header):
             return "the platform layer knows nothing of the library above it"
         if reaches_up(path, header):
             return "the ground floor of the platform layer knows no graphics"
-        if path.endswith(".cpp"):
+        if path.endswith(".cpp") or VECTOR.fullmatch(header):
             return None
     if own or header in STANDARD or (in_apps and POSIX.fullmatch(header)):
         return None
