@@ -15,7 +15,7 @@ good_tree() {
     '/// `trim:`, `isBlank:`: one text for two' '/// operations.' 'int trim(int text);' >quorvel/Utility/Text.h
   printf '%s\n' '#include <unicode/uregex.h>' '#include <quorvel/Platform/UIKit/UIColor.h>' >quorvel/Platform/Security/Key.cpp
   printf '%s\n' '#include <unicode/uregex.h>' '#include <unistd.h>' >quorvel/Platform/Foundation/Match.cpp
-  printf '%s\n' '#pragma once' '#include <cstdint>' >quorvel/Platform/UIKit/UIColor.h
+  printf '%s\n' '#pragma once' '#include <cstdint>' '' '#include <emmintrin.h>' >quorvel/Platform/UIKit/UIColor.h
   printf '%s\n' '#include <quorvel/Platform/UIKit/UIColor.h>' >quorvel/Extensions/Foundation/Color.cpp
   printf '%s\n' '#include "commands.h"' '#include <sys/stat.h>' '#include <apps/quorvel/commands.h>' >apps/quorvel/main.cpp
   printf 'StringUtils\ttrim:\nStringUtils\tisBlank:\nUITools\ttable trim: of a cell\n' >docs/operation-names.tsv
@@ -56,6 +56,7 @@ refuses layers quorvel/Platform/Foundation/Up.cpp 2 'Platform including Extensio
 refuses layers quorvel/Platform/Foundation/Face.h 1 'a third-party header in a platform header' <<<'#include <unicode/ustring.h>'
 refuses layers quorvel/Utility/Text.cpp 1 'a third-party header above the platform' <<<'#  include <rapidjson/reader.h>'
 refuses layers quorvel/Utility/Posix.cpp 1 'a system header above the platform' <<<'#include <unistd.h>'
+refuses layers quorvel/Utility/Wide.cpp 1 'vector code above the platform' <<<'#include <immintrin.h>'
 refuses layers quorvel/Utility/Near.cpp 1 'an include without its path' <<<'#include "Text.h"'
 refuses layers apps/quorvel/json.cpp 1 'a third-party header in the command' <<<'#include <nlohmann/json.hpp>'
 refuses layers quorvel/Platform/Dispatch/Queue.cpp 1 'graphics on the ground floor' <<<'#include <quorvel/Platform/QuartzCore/CALayer.h>'
