@@ -1,11 +1,14 @@
 # Choices of a build, and what every target of ours is compiled with.
-option(QUORVEL_APPS "Build the quorvel command" ON)
-option(QUORVEL_TESTS "Build tests and examples" ON)
+# An application that takes the tree in by add_subdirectory gets the library alone.
+option(QUORVEL_APPS "Build the quorvel command" ${PROJECT_IS_TOP_LEVEL})
+option(QUORVEL_TESTS "Build tests and examples" ${PROJECT_IS_TOP_LEVEL})
 option(QUORVEL_FUZZ "Build the libFuzzer targets (clang only)" OFF)
 option(QUORVEL_BENCH "Build the benchmarks" OFF)
 option(QUORVEL_WERROR "Treat warnings as errors" OFF)
 set(QUORVEL_SANITIZE "" CACHE STRING "Sanitizers, comma separated, for every target")
 option(QUORVEL_COVERAGE "Instrument for gcov" OFF)
+
+include(GNUInstallDirs)
 
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)

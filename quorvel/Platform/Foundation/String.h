@@ -173,7 +173,7 @@ class String {
   void release() noexcept;
 
   alignas(8) char16_t inline_[kInlineCapacity];
-  std::uint8_t unused_;
+  [[maybe_unused]] std::uint8_t unused_;
   std::uint8_t tag_;
 };
 static_assert(sizeof(String) == 16);

@@ -48,10 +48,13 @@ void destroy(Block* block) noexcept {
     destroyContents(block);
     std::free(static_cast<void*>(block));
     block = waiting;
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): destroy() put the pointer there
     if (block) waiting = reinterpret_cast<Block*>(block->references.load(std::memory_order_relaxed));
   }
   draining = false;
 }
+
+namespace {
 
 template <class Type>
 Type* allocateBlock(BlockKind kind, std::size_t capacity, std::size_t elementBytes) {
@@ -139,6 +142,8 @@ std::size_t findText(const DictionaryBlock* block, StringView key) {
       [key] { return hashText(key); });
 }
 
+}  // namespace
+
 std::size_t findKey(const DictionaryBlock* block, const Value& key) {
   if (key.isString()) return findText(block, key.text());
   return findEntry(block, [&key](const Value& candidate) { return candidate == key; }, [&key] { return key.hash(); });
@@ -193,7 +198,8 @@ void List::reserve(std::size_t capacity) {
 }
 void List::append(Value value) { insert(size(), std::move(value)); }
 void List::append(const List& values) {
-  const List held = values;  // the list itself may be appended
+  // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): the list itself may be appended
+  const List held = values;
   makeUnique(size() + held.size());
   for (const Value& value : held) append(value);
 }

@@ -1,0 +1,12 @@
+# Sets QUORVEL_VERSION from quorvel/Version.h, the only place where the version is written.
+set(version_header ${CMAKE_CURRENT_SOURCE_DIR}/quorvel/Version.h)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${version_header})
+file(READ ${version_header} version_text)
+set(version_digits)
+foreach(part MAJOR MINOR PATCH)
+  if(NOT version_text MATCHES "#define QUORVEL_VERSION_${part} ([0-9]+)\n")
+    message(FATAL_ERROR "quorvel/Version.h does not define QUORVEL_VERSION_${part}")
+  endif()
+  list(APPEND version_digits ${CMAKE_MATCH_1})
+endforeach()
+list(JOIN version_digits "." QUORVEL_VERSION)

@@ -1,0 +1,5 @@
+#include <iostream>
+
+#include <quorvel/Version.h>
+
+int main() { std::cout << QuorvelVersionString << '\n'; }
