@@ -1,0 +1,109 @@
+// Scanning for a few characters at once, and classes of units that need no character data. Included by sources only.
+#pragma once
+
+#include <array>
+
+#include <quorvel/Platform/Foundation/Unicode.h>
+#include <quorvel/Platform/Foundation/Vector.h>
+
+namespace quorvel::unitscan {
+
+/// A set of characters given as a text, for one call: no allocation. Up to four units of the basic plane are sought
+/// eight places at a time, larger sets by a bitmap for Latin-1 and a look through the text for the rest.
+class AnyOf {
+ public:
+  explicit AnyOf(StringView characters) : characters_(characters) {
+    for (const char16_t unit : characters.units()) {
+      if (unit < 256) {
+        latin_[unit / 64] |= std::uint64_t{1} << (unit % 64);
+      } else {
+        beyondLatin_ = true;
+      }
+      surrogates_ = surrogates_ || unicode::isSurrogate(unit);
+    }
+  }
+
+  /// The first place at or after `from` that starts a member, or the text's size; `length` is how many units it has.
+  [[nodiscard]] std::size_t find(StringView text, std::size_t from, std::size_t& length) const {
+    length = 1;
+    if (characters_.isEmpty()) return text.size();
+    if (surrogates_) return findScalar(text, from, length);
+    return characters_.size() <= 4 ? findVector(text, from) : findUnit(text, from);
+  }
+
+ private:
+  [[nodiscard]] bool containsUnit(char16_t unit) const {
+    if (unit < 256) return (latin_[unit / 64] >> (unit % 64) & 1) != 0;
+    return beyondLatin_ && characters_.units().find(unit) != std::u16string_view::npos;
+  }
+  [[nodiscard]] std::size_t findUnit(StringView text, std::size_t from) const {
+    while (from < text.size() && !containsUnit(text[from])) ++from;
+    return from;
+  }
+  [[nodiscard]] std::size_t findVector(StringView text, std::size_t from) const {
+    using vector::Units;
+    const Units first = Units::splat(characters_[0]);
+    const Units second = Units::splat(characters_[characters_.size() > 1 ? 1 : 0]);
+    const Units third = Units::splat(characters_[characters_.size() > 2 ? 2 : 0]);
+    const Units fourth = Units::splat(characters_[characters_.size() > 3 ? 3 : 0]);
+    for (; from + vector::kLanes <= text.size(); from += vector::kLanes) {
+      const Units units = Units::load(text.data() + from);
+      const Units found = equal(units, first) | equal(units, second) | equal(units, third) | equal(units, fourth);
+      if (!found.noneSet()) return from + found.lanesSet().first();
+    }
+    return findUnit(text, from);
+  }
+  /// With surrogates in the set, a pair is one character and an unpaired half is its own.
+  [[nodiscard]] std::size_t findScalar(StringView text, std::size_t from, std::size_t& length) const {
+    while (from < text.size()) {
+      std::size_t next = from;
+      const char32_t scalar = unicode::nextScalar(text, next);
+      length = next - from;
+      if (containsScalar(scalar)) return from;
+      from = next;
+    }
+    return from;
+  }
+  [[nodiscard]] bool containsScalar(char32_t scalar) const {
+    for (std::size_t i = 0; i < characters_.size();) {
+      if (unicode::nextScalar(characters_, i) == scalar) return true;
+    }
+    return false;
+  }
+
+  StringView characters_;
+  std::array<std::uint64_t, 4> latin_{};
+  bool beyondLatin_ = false;
+  bool surrogates_ = false;
+};
+
+/// An ASCII capital as its small letter; every other unit as it is.
+[[nodiscard]] constexpr char16_t foldASCII(char16_t unit) {
+  return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit | 0x20) : unit;
+}
+[[nodiscard]] inline vector::Units foldASCII(vector::Units units) {
+  return units + (vector::inRange(units, u'A', 25) & vector::Units::splat(0x20));
+}
+
+/// Letters that have no case, no decomposition that matters beside their own kind, and combine with nothing before
+/// them: Hangul syllables and unified ideographs.
+[[nodiscard]] constexpr bool isSyllableOrIdeograph(char32_t unit) {
+  return (unit >= 0xAC00 && unit <= 0xD7A3) || (unit >= 0x4E00 && unit <= 0x9FFF);
+}
+[[nodiscard]] inline vector::Units syllablesOrIdeographs(vector::Units units) {
+  return vector::inRange(units, 0xAC00, 0xD7A3 - 0xAC00) | vector::inRange(units, 0x4E00, 0x9FFF - 0x4E00);
+}
+
+/// The number of units at the start for which `vectorTest` (eight at a time) and `unitTest` hold.
+template <class VectorTest, class UnitTest>
+[[nodiscard]] std::size_t leading(StringView text, VectorTest vectorTest, UnitTest unitTest) {
+  std::size_t i = 0;
+  for (; i + vector::kLanes <= text.size(); i += vector::kLanes) {
+    const vector::Lanes hold = vectorTest(vector::Units::load(text.data() + i)).lanesSet();
+    if (!hold.all()) return i + static_cast<std::size_t>(std::countr_one(hold.bits));
+  }
+  while (i < text.size() && unitTest(text[i])) ++i;
+  return i;
+}
+
+}  // namespace quorvel::unitscan
