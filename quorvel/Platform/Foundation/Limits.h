@@ -11,6 +11,10 @@ namespace quorvel::limits {
 inline constexpr std::size_t kJSONDepth = 512;
 /// Nesting that a description writes out; deeper lists and dictionaries are written as "(...)" and "{...}".
 inline constexpr std::size_t kDescriptionDepth = 512;
+/// UTF-16 units of the description of a list or a dictionary; what would follow is written as "...".
+inline constexpr std::size_t kDescriptionLength = 16 * 1024 * 1024;
+/// UTF-16 units of a formatted text; what would follow is left out.
+inline constexpr std::size_t kFormatLength = 64 * 1024 * 1024;
 /// Time that one regular-expression call may take, then it answers "no match".
 inline constexpr std::chrono::milliseconds kRegularExpressionTime{250};
 /// Memory that the backtracking of one regular-expression call may take, then it answers "no match".

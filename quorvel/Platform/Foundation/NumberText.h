@@ -4,6 +4,7 @@
 
 #include <array>
 
+#include <quorvel/Platform/Foundation/Limits.h>
 #include <quorvel/Platform/Foundation/Number.h>
 #include <quorvel/Platform/Foundation/String.h>
 
@@ -32,12 +33,16 @@ class NumberBuffer {
 /// `stringValue`: by the number's kind; a boolean is '1' or '0'.
 [[nodiscard]] NumberBuffer numberText(Number number);
 [[nodiscard]] String stringValue(Number number);
-/// The text of `toString()`: doubles keep '.0' and turn to exponents from 2^53 on and below 1e-4 ('1e+16', '1.25e-05');
-/// booleans are 'true' and 'false'.
+/// The text of `toString()`: doubles keep '.0' and turn to exponents beyond 2^53 (floats beyond 2^24) and below 1e-4
+/// ('1e+16', '1.25e-05'); booleans are 'true' and 'false'.
 [[nodiscard]] String debugText(Number number);
 /// Fixed-point digits, correctly rounded from the exact value with an exact half to the even digit, as C's "%.*f" gives
-/// them. `decimals` is 0 or more, bounded by `limits::kSizeDecimals`; 'inf', '-inf', 'nan'.
+/// them. `decimals` below 0 count as 0, those above `limits::kSizeDecimals` as that; 'inf', '-inf', 'nan'.
 [[nodiscard]] String fixedText(double value, int decimals);
+/// The longest fixed text: a sign, 309 digits, the point and the decimals.
+inline constexpr std::size_t kFixedTextLength = 311 + limits::kSizeDecimals;
+/// Writes the digits of `fixedText` to `out`, which has room for `kFixedTextLength` bytes, and answers their number.
+[[nodiscard]] std::size_t writeFixedText(double value, int decimals, char* out);
 
 /// `longLongValue`: white space and newlines are skipped, one sign is accepted, ASCII digits are read; without digits
 /// 0; beyond the range the nearest end of it. nil gives 0.

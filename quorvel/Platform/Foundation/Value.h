@@ -327,6 +327,15 @@ class Box final : public Object {
 
 }  // namespace detail
 
+/// Writes the description, for diagnostics and tests. A template, so that nothing that merely converts to a Value is
+/// written by it.
+std::ostream& writeDescription(std::ostream& out, const Value& value);
+template <class T>
+  requires(std::same_as<T, Value> || std::same_as<T, List> || std::same_as<T, Dictionary>)
+std::ostream& operator<<(std::ostream& out, const T& value) {
+  return writeDescription(out, value);
+}
+
 template <Boxable T>
 Value::Value(T value) : Value(std::make_shared<const detail::Box<T>>(std::move(value))) {}
 

@@ -1,0 +1,312 @@
+#include <algorithm>
+#include <bit>
+
+#include <unicode/uchar.h>
+
+#include <quorvel/Platform/Foundation/Limits.h>
+#include <quorvel/Platform/Foundation/PercentEncoding.h>
+#include <quorvel/Platform/Foundation/Unicode.h>
+#include <quorvel/Platform/Foundation/Vector.h>
+
+namespace quorvel {
+namespace {
+
+// Four units are stored at once, of which up to three count: the next store overwrites the rest.
+static_assert(std::endian::native == std::endian::little);
+constexpr std::size_t kSlack = 3;
+/// Results that cannot become longer than this are written on the stack first.
+constexpr std::size_t kShort = 128;
+
+constexpr std::array<std::uint64_t, 256> kEscapes = [] {
+  std::array<std::uint64_t, 256> table{};
+  for (unsigned byte = 0; byte < 256; ++byte) table[byte] = PercentAllowed::escaped(byte);
+  return table;
+}();
+
+char16_t* put(char16_t* out, std::uint64_t written) {
+  std::memcpy(out, &written, sizeof written);
+  return out + (written >> 48);
+}
+
+char16_t* putEscaped(char16_t* out, char32_t scalar) {
+  if (scalar < 0x800) {
+    out = put(out, kEscapes[0xC0 | scalar >> 6]);
+  } else {
+    if (scalar < 0x10000) {
+      out = put(out, kEscapes[0xE0 | scalar >> 12]);
+    } else {
+      out = put(out, kEscapes[0xF0 | scalar >> 18]);
+      out = put(out, kEscapes[0x80 | (scalar >> 12 & 0x3F)]);
+    }
+    out = put(out, kEscapes[0x80 | (scalar >> 6 & 0x3F)]);
+  }
+  return put(out, kEscapes[0x80 | (scalar & 0x3F)]);
+}
+
+bool isASCIIBlock(const char16_t* units) {
+  return atMost(vector::Units::load(units), vector::Units::splat(0x7F)).lanesSet().all();
+}
+
+/// Encoding by rules that say what is written for an ASCII unit, and whether another scalar stays.
+template <class Rules>
+class Encoder {
+ public:
+  Encoder(StringView text, Rules rules) : text_(text), rules_(rules) {}
+
+  /// The place of the first scalar that does not stay, or the text's size; an unpaired surrogate counts as one.
+  [[nodiscard]] std::size_t firstChange() const {
+    for (std::size_t i = 0; i < text_.size();) {
+      const std::size_t start = i;
+      const char16_t unit = text_[i];
+      const char32_t scalar = unicode::nextScalar(text_, i);
+      const bool stays = unit < 0x80 ? rules_.written(unit) >> 48 == 1 : rules_.stays(scalar);
+      if (!stays || unicode::isSurrogate(scalar)) return start;
+    }
+    return text_.size();
+  }
+
+  /// Units that `write` writes from `from` on; more where surrogate pairs stay.
+  [[nodiscard]] std::size_t measure(std::size_t from) const {
+    std::size_t length = 0;
+    const char16_t* at = text_.data() + from;
+    const char16_t* const end = text_.end();
+    while (at < end) {
+      if (static_cast<std::size_t>(end - at) >= vector::kLanes && isASCIIBlock(at)) {
+        for (std::size_t i = 0; i < vector::kLanes; ++i) length += rules_.written(at[i]) >> 48;
+        at += vector::kLanes;
+        continue;
+      }
+      const char16_t* const stop = at + std::min<std::size_t>(vector::kLanes, static_cast<std::size_t>(end - at));
+      while (at < stop) length += measureUnit(*at++);
+    }
+    return length;
+  }
+
+  /// Answers the end of what it wrote; nullptr at an unpaired surrogate.
+  [[nodiscard]] char16_t* write(std::size_t from, char16_t* out) const {
+    const Rules rules = rules_;  // in registers: what is stored through `out` could change a member
+    const char16_t* at = text_.data() + from;
+    const char16_t* const end = text_.end();
+    while (at < end) {
+      if (static_cast<std::size_t>(end - at) >= vector::kLanes && isASCIIBlock(at)) {
+        for (std::size_t i = 0; i < vector::kLanes; ++i) out = put(out, rules.written(at[i]));
+        at += vector::kLanes;
+        continue;
+      }
+      const char16_t* const stop = at + std::min<std::size_t>(vector::kLanes, static_cast<std::size_t>(end - at));
+      while (at < stop) {
+        at = writeScalar(at, out);
+        if (!at) return nullptr;
+      }
+    }
+    return out;
+  }
+
+ private:
+  /// A surrogate counts half of its escaped pair, so that the whole is a bound where pairs may stay.
+  [[nodiscard]] std::size_t measureUnit(char16_t unit) const {
+    if (unit < 0x80) return rules_.written(unit) >> 48;
+    if (unicode::isSurrogate(unit)) return 6;
+    return rules_.stays(unit) ? 1 : unit < 0x800 ? 6 : 9;
+  }
+
+  /// Moves `out` behind what is written for the scalar at `at`, and answers the next scalar's place.
+  const char16_t* writeScalar(const char16_t* at, char16_t*& out) const {
+    const char16_t unit = *at;
+    if (unit < 0x80) {
+      out = put(out, rules_.written(unit));
+      return at + 1;
+    }
+    if (unicode::isSurrogate(unit)) return writePair(at, out);
+    if (rules_.stays(unit)) {
+      *out++ = unit;
+    } else {
+      out = putEscaped(out, unit);
+    }
+    return at + 1;
+  }
+
+  const char16_t* writePair(const char16_t* at, char16_t*& out) const {
+    if (text_.end() - at < 2 || !unicode::isHighSurrogate(at[0]) || !unicode::isLowSurrogate(at[1])) return nullptr;
+    const char32_t scalar = unicode::scalarOf(at[0], at[1]);
+    if (rules_.stays(scalar)) {
+      *out++ = at[0];
+      *out++ = at[1];
+    } else {
+      out = putEscaped(out, scalar);
+    }
+    return at + 2;
+  }
+
+  StringView text_;
+  Rules rules_;
+};
+
+template <class Rules>
+std::optional<String> encode(const String& text, const Rules& rules) {
+  const Encoder<Rules> encoder(text, rules);
+  const std::size_t kept = encoder.firstChange();
+  if (kept == text.size()) return text;
+  const std::size_t room = kept + encoder.measure(kept) + kSlack;
+  if (room > limits::kStringLength) return nil;
+  char16_t* end = nullptr;
+  const auto fill = [&](char16_t* out) {
+    std::memcpy(out, text.data(), kept * sizeof(char16_t));
+    end = encoder.write(kept, out + kept);
+    return end ? static_cast<std::size_t>(end - out) : 0;
+  };
+  if (room <= kShort) {
+    char16_t buffer[kShort];
+    const std::size_t size = fill(buffer);
+    if (!end) return nil;
+    return String(buffer, size);
+  }
+  String result = String::build(room, fill);
+  if (!end) return nil;
+  return result;
+}
+
+template <PercentAllowed::NonASCII kOthers>
+struct TableRules {
+  const PercentAllowed& allowed;
+  [[nodiscard]] std::uint64_t written(char16_t unit) const { return allowed.written(unit); }
+  [[nodiscard]] bool stays([[maybe_unused]] char32_t scalar) const {
+    if constexpr (kOthers == PercentAllowed::NonASCII::NonBase) {
+      return (U_GET_GC_MASK(static_cast<UChar32>(scalar)) & U_GC_M_MASK) != 0;
+    }
+    return kOthers == PercentAllowed::NonASCII::All;
+  }
+};
+
+struct SetRules {
+  const NSCharacterSet& allowed;
+  [[nodiscard]] std::uint64_t written(char16_t unit) const {
+    return allowed.contains(unit) ? PercentAllowed::plain(static_cast<char>(unit)) : kEscapes[unit];
+  }
+  [[nodiscard]] bool stays(char32_t scalar) const { return allowed.contains(scalar); }
+};
+
+/// The value of a hexadecimal digit; a large negative number for other bytes, which stays negative when values of
+/// other digits are combined with it.
+constexpr std::array<std::int16_t, 256> kHexValues = [] {
+  std::array<std::int16_t, 256> table{};
+  table.fill(INT16_MIN);
+  constexpr std::string_view kUpper = "0123456789ABCDEF";
+  constexpr std::string_view kLower = "0123456789abcdef";
+  for (std::size_t value = 0; value < 16; ++value) {
+    table[static_cast<unsigned char>(kUpper[value])] = static_cast<std::int16_t>(value);
+    table[static_cast<unsigned char>(kLower[value])] = static_cast<std::int16_t>(value);
+  }
+  return table;
+}();
+
+constexpr std::size_t kEscapeUnits = 3;
+
+/// The byte of the escape at `at`, where three units are; negative when they are none.
+int escapeAt(const char16_t* at) {
+  if (at[0] != u'%' || (at[1] | at[2]) > 0xFF) return -1;
+  return kHexValues[at[1]] * 16 | kHexValues[at[2]];
+}
+
+/// The sequence of UTF-8 whose lead byte comes from the escape at `at`, or nullptr. RFC 3629, section 4: only the
+/// second byte has narrower bounds after some leads.
+const char16_t* decodeSequence(const char16_t* at, const char16_t* end, int lead, char16_t*& out) {
+  if (lead < 0xC2 || lead > 0xF4) return nullptr;
+  const int more = lead < 0xE0 ? 1 : lead < 0xF0 ? 2 : 3;
+  if (end - at < static_cast<std::ptrdiff_t>(kEscapeUnits) * (more + 1)) return nullptr;
+  int low = lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80;
+  int high = lead == 0xED ? 0x9F : lead == 0xF4 ? 0x8F : 0xBF;
+  char32_t scalar = static_cast<unsigned>(lead) & (0x3FU >> more);
+  for (int i = 0; i < more; ++i) {
+    at += kEscapeUnits;
+    const int byte = escapeAt(at);
+    if (byte < low || byte > high) return nullptr;
+    scalar = scalar << 6 | (static_cast<unsigned>(byte) & 0x3F);
+    low = 0x80;
+    high = 0xBF;
+  }
+  if (scalar > 0xFFFF) {
+    *out++ = static_cast<char16_t>(0xD7C0 + (scalar >> 10));
+    scalar = 0xDC00 | (scalar & 0x3FF);
+  }
+  *out++ = static_cast<char16_t>(scalar);
+  return at + kEscapeUnits;
+}
+
+/// Decodes the escapes at `at` while one follows another; nullptr for what is no escape or not UTF-8.
+const char16_t* decodeRun(const char16_t* at, const char16_t* end, char16_t*& out) {
+  while (at < end && *at == u'%') {
+    const int byte = end - at < 3 ? -1 : escapeAt(at);
+    if (byte < 0) return nullptr;
+    if (byte < 0x80) {
+      *out++ = static_cast<char16_t>(byte);
+      at += kEscapeUnits;
+    } else if (!(at = decodeSequence(at, end, byte, out))) {
+      return nullptr;
+    }
+  }
+  return at;
+}
+
+/// Copies up to the next "%". Whole vectors are written, so `out` needs `vector::kLanes` units more than are copied.
+const char16_t* copyPlain(const char16_t* at, const char16_t* end, char16_t*& out) {
+  const vector::Units percent = vector::Units::splat(u'%');
+  while (end - at >= static_cast<std::ptrdiff_t>(vector::kLanes)) {
+    const vector::Units units = vector::Units::load(at);
+    units.store(out);
+    const vector::Lanes found = equal(units, percent).lanesSet();
+    const std::size_t count = found.any() ? found.first() : vector::kLanes;
+    at += count;
+    out += count;
+    if (found.any()) return at;
+  }
+  while (at < end && *at != u'%') *out++ = *at++;
+  return at;
+}
+
+/// Units written, or `unicode::kInvalid`.
+std::size_t decode(StringView text, char16_t* out) {
+  char16_t* const start = out;
+  const char16_t* at = text.begin();
+  while (at && at < text.end()) {
+    at = copyPlain(at, text.end(), out);
+    at = decodeRun(at, text.end(), out);
+  }
+  return at ? static_cast<std::size_t>(out - start) : unicode::kInvalid;
+}
+
+}  // namespace
+
+std::optional<String> addingPercentEncoding(const String& text, const PercentAllowed& allowed) {
+  using NonASCII = PercentAllowed::NonASCII;
+  switch (allowed.others()) {
+    case NonASCII::None:
+      return encode(text, TableRules<NonASCII::None>{allowed});
+    case NonASCII::All:
+      return encode(text, TableRules<NonASCII::All>{allowed});
+    case NonASCII::NonBase:
+      return encode(text, TableRules<NonASCII::NonBase>{allowed});
+  }
+  return nil;
+}
+
+std::optional<String> addingPercentEncoding(const String& text, const NSCharacterSet& allowed) {
+  return encode(text, SetRules{allowed});
+}
+
+std::optional<String> removingPercentEncoding(const String& text) {
+  if (!unicode::isWellFormed(text)) return nil;
+  if (unicode::findUnit(text, u'%') == unicode::kInvalid) return text;
+  const auto escapes = static_cast<std::size_t>(std::count(text.begin(), text.end(), u'%'));
+  if (escapes > text.size() / kEscapeUnits) return nil;
+  bool valid = true;
+  String result = String::build(text.size() - 2 * escapes + vector::kLanes, [&](char16_t* out) {
+    const std::size_t written = decode(text, out);
+    valid = written != unicode::kInvalid;
+    return valid ? written : 0;
+  });
+  if (!valid) return nil;
+  return result;
+}
+
+}  // namespace quorvel
