@@ -1,0 +1,115 @@
+#include <quorvel/Extensions/Foundation/String+Extension.h>
+#include <quorvel/Platform/Foundation/Comparison.h>
+#include <quorvel/Platform/Foundation/Format.h>
+#include <quorvel/Platform/Foundation/Log.h>
+#include <quorvel/Platform/Foundation/NSBundle.h>
+#include <quorvel/Platform/Foundation/StringOperations.h>
+#include <quorvel/Platform/Foundation/UnitScan.h>
+
+namespace quorvel {
+namespace {
+
+using unitscan::AnyOf;
+
+/// Calls `piece(view)` for each piece between the characters, empty ones included.
+template <class Piece>
+void forEachPiece(StringView text, const AnyOf& characters, Piece piece) {
+  std::size_t start = 0;
+  while (true) {
+    std::size_t length = 0;
+    const std::size_t found = characters.find(text, start, length);
+    piece(text.sub(start, found - start));
+    if (found == text.size()) return;
+    start = found + length;
+  }
+}
+
+constexpr StringView kEmptyCharacters = u"\r\t";
+
+}  // namespace
+
+bool StringExtension::isEmpty(StringView text) { return isBlankText(text); }
+bool StringExtension::isNotEmpty(StringView text) { return !isBlankText(text); }
+
+bool StringExtension::isEqualString(StringView lhs, StringView rhs) {
+  if (isBlankText(lhs) || isBlankText(rhs)) return isBlankText(lhs) && isBlankText(rhs);
+  const std::optional<String> left = trimmedString(lhs);
+  const std::optional<String> right = trimmedString(rhs);
+  return left && right && isCanonicallyEqual(*left, *right);
+}
+
+String localized(const String& text) {
+  const NSBundle bundle = NSBundle::main();
+  for (const StringView table : {StringView(nil), StringView(u"NoTranslation")}) {
+    String found = bundle.localizedString(text, u"", table);
+    if (!isCanonicallyEqual(found, text)) return found;
+  }
+  return bundle.localizedString(text, u"", u"Localizable_dev");
+}
+
+String localizedFormat(const String& text, std::span<const Value> arguments) {
+  return formatValues(localized(text), arguments);
+}
+
+std::optional<String> trimmedString(StringView text) {
+  constexpr char16_t kNoBreakSpace = 0xA0;
+  if (text.isNil()) return nil;
+  String removed;
+  if (unicode::findUnit(text, kNoBreakSpace) != unicode::kInvalid) {
+    removed = separatedBy(String(text), u"\u00A0");
+    text = removed;
+  }
+  text = trimmed(trimmedOfWhitespace(text), NSCharacterSet::control());
+  if (text.isEmpty()) return nil;
+  return String(text);
+}
+
+std::size_t count(StringView text) { return countOfClusters(text); }
+
+NSRange nsRangeOf(StringView text, StringView string, bool ignoreCase) {
+  if (!ignoreCase || text.isNil() || string.isNil()) return rangeOfString(text, string);
+  return rangeOfString(lowercased(text), lowercased(string));
+}
+
+StringView nsSubstringFrom(StringView text, std::int64_t from) {
+  contract(from >= 0, "nsSubstring(from:)", "a negative index");
+  return static_cast<std::uint64_t>(from) > text.size() ? text : text.sub(static_cast<std::size_t>(from));
+}
+
+StringView nsSubstringTo(StringView text, std::int64_t to) {
+  contract(to >= 0, "nsSubstring(to:)", "a negative index");
+  return static_cast<std::uint64_t>(to) < text.size() ? text.sub(0, static_cast<std::size_t>(to)) : text;
+}
+
+String separatedBy(const String& text, StringView characters) {
+  const AnyOf any(characters);
+  std::size_t length = 0;
+  if (any.find(text, 0, length) == text.size()) return text;
+  return String::build(text.size(), [&](char16_t* const start) {
+    char16_t* out = start;
+    forEachPiece(text, any, [&out](StringView piece) {
+      std::memcpy(out, piece.data(), piece.size() * sizeof(char16_t));
+      out += piece.size();
+    });
+    return static_cast<std::size_t>(out - start);
+  });
+}
+
+String separatedEmptyCharacters(const String& text) { return separatedBy(text, kEmptyCharacters); }
+
+String replacingCharacters(StringView text, StringView characters, StringView replacement) {
+  StringBuilder out;
+  bool first = true;
+  forEachPiece(text, AnyOf(characters), [&](StringView piece) {
+    if (piece.isEmpty()) return;
+    if (!std::exchange(first, false)) out.append(replacement);
+    out.append(piece);
+  });
+  return out.finish();
+}
+
+bool containsCaseInsensitive(StringView text, StringView string) {
+  return rangeOfStringCaseInsensitive(text, string).isFound();
+}
+
+}  // namespace quorvel
