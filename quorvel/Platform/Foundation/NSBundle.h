@@ -22,13 +22,17 @@ class NSBundle {
   [[nodiscard]] static NSBundle at(std::string_view path);
 
   /// `localizedStringForKey:value:table:`: the text of `key` in the table (nil: "Localizable"); without an entry
-  /// `value`, or the key itself when `value` is nil or empty.
+  /// `value`, or the key itself when `value` is nil or empty. The table in the folder of the first preferred
+  /// localisation is asked first, then the one at the top. A table that cannot be read or parsed, that is no regular
+  /// file or larger than `limits::kResourceFileBytes`, and a name with a slash count as empty.
   [[nodiscard]] String localizedString(StringView key, StringView value, StringView table) const;
 
   /// The names of the LANGUAGE.lproj folders, sorted.
   [[nodiscard]] std::vector<String> localizations() const;
-  /// The localisations that are used, best first: the user's languages (LANGUAGE, LC_ALL, LC_MESSAGES, LANG) matched by
-  /// likely subtags without mixing scripts, else the first localisation.
+  /// The localisations that are used, best first: for each of the user's languages the localisation that fits best by
+  /// likely subtags, scripts never mixed; else the first localisation. The languages are those of LANGUAGE, then the
+  /// first of LC_ALL, LC_MESSAGES and LANG that is set; LANGUAGE is passed over when that one is C or POSIX. Read once
+  /// for each bundle. 'Base' is never chosen.
   [[nodiscard]] std::vector<String> preferredLocalizations() const;
 
  private:
@@ -38,8 +42,10 @@ class NSBundle {
 };
 
 /// The entries of a `.strings` table (UTF-8, or UTF-16 with a byte-order mark): "key" = "value"; pairs with comments
-/// and the escapes \" \\ \n \r \t \0 to \777 and \Uxxxx; keys and values may be unquoted words; `key;` alone maps to
-/// itself. nil when the text breaks that form, with the line in `errorLine`.
+/// and the escapes \" \\ \n \r \t \0 to \777 and \Uxxxx (another escaped character stands for itself); keys and values
+/// may be unquoted words of letters, digits and _ $ / : . -; `key;` alone maps to itself; a later pair replaces an
+/// earlier one of the same key. nil when the text breaks that form, with the line, counted from 1, in `errorLine`; 0
+/// there when the bytes are no text. A text with an unpaired surrogate breaks the form.
 [[nodiscard]] std::optional<Dictionary> parseStringsTable(std::string_view bytes, std::size_t* errorLine = nullptr);
 
 }  // namespace quorvel

@@ -9,8 +9,8 @@
 
 namespace quorvel {
 
-/// What an encoder leaves as it is: which ASCII characters, and whether other scalars stay. The fast form of a set, to be
-/// built once, at best by the compiler.
+/// What an encoder leaves as it is: which ASCII characters, and whether other scalars stay. The fast form of a set, to
+/// be built once, at best by the compiler.
 class PercentAllowed {
  public:
   /// Which scalars beyond ASCII stay: none, all, or those of `NSCharacterSet::nonBase`.
