@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -37,10 +38,10 @@ std::vector<StringView> keywordsOf(StringView text) {
 
 /// The text in its searchable form, or nil when it never becomes searchable.
 std::optional<String> searchableText(const String& typed) {
-  const String cleaned = NSStringTextSearch::isSearchableString(typed)
-                             ? String(trimmedOfWhitespace(typed))
-                             : NSStringTextSearch::removeInvaildSearchStr(typed);
-  if (!NSStringTextSearch::isSearchableString(cleaned) || keywordsOf(cleaned).empty()) return nil;
+  using namespace NSStringTextSearch;
+  const String cleaned =
+      isSearchableString(typed) ? String(trimmedOfWhitespace(typed)) : removeInvaildSearchStr(typed).value_or(typed);
+  if (!isSearchableString(cleaned) || keywordsOf(cleaned).empty()) return nil;
   return cleaned;
 }
 

@@ -141,6 +141,7 @@ class Dictionary {
 
   /// nullptr when there is no such key.
   [[nodiscard]] const Value* find(StringView key) const;
+  [[nodiscard]] const Value* find(const String& key) const { return find(StringView(key)); }
   [[nodiscard]] const Value* find(const Value& key) const;
   /// A nil value when there is no such key.
   [[nodiscard]] const Value& operator[](StringView key) const;
