@@ -149,6 +149,61 @@ std::size_t findKey(const DictionaryBlock* block, const Value& key) {
   return findEntry(block, [&key](const Value& candidate) { return candidate == key; }, [&key] { return key.hash(); });
 }
 
+namespace {
+
+bool hasTextBefore(const DictionaryBlock* block, StringView key) {
+  const Entry* entries = block->entries();
+  return std::any_of(entries, entries + block->size, [key](const Entry& entry) { return entry.key.text() == key; });
+}
+
+/// Moves the entries whose key did not come before to the front; the block's size grows to their number.
+template <class CameBefore, class Kept>
+void keepFirstOfEach(DictionaryBlock* block, std::size_t count, CameBefore cameBefore, Kept kept) {
+  Entry* entries = block->entries();
+  for (std::size_t i = 0; i < count; ++i) {
+    Entry* place = entries + block->size;
+    if (cameBefore(entries[i].key)) {
+      std::destroy_at(entries + i);
+      continue;
+    }
+    if (place != entries + i) std::memcpy(static_cast<void*>(place), entries + i, sizeof(Entry));
+    kept(place->key);
+    ++block->size;
+  }
+}
+
+}  // namespace
+
+List ValueBulk::list(Value* elements, std::size_t count) {
+  List result;
+  if (count == 0) return result;
+  result.block_ = allocateBlock<ListBlock>(BlockKind::List, count, sizeof(Value));
+  std::memcpy(static_cast<void*>(result.block_->items()), elements, count * sizeof(Value));
+  result.block_->size = static_cast<std::uint32_t>(count);
+  return result;
+}
+
+Dictionary ValueBulk::dictionary(Value* keysAndValues, std::size_t count, bool distinct) {
+  Dictionary result;
+  if (count == 0) return result;
+  auto* block = allocateBlock<DictionaryBlock>(BlockKind::Dictionary, count, sizeof(Entry));
+  result.block_ = block;
+  std::memcpy(static_cast<void*>(block->entries()), keysAndValues, count * sizeof(Entry));
+  if (count >= kIndexFrom) {
+    buildIndex(block);
+    keepFirstOfEach(
+        block, count, [=](const Value& key) { return !distinct && findText(block, key.text()) != block->size; },
+        [=](const Value& key) { addToIndex(block, key.hash(), block->size); });
+    if (block->size < kIndexFrom) reindex(block);
+  } else if (distinct) {
+    block->size = static_cast<std::uint32_t>(count);
+  } else {
+    keepFirstOfEach(
+        block, count, [=](const Value& key) { return hasTextBefore(block, key.text()); }, [](const Value&) {});
+  }
+  return result;
+}
+
 }  // namespace detail
 
 using detail::BlockKind;

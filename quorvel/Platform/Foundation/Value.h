@@ -54,6 +54,7 @@ struct Block;
 struct ListBlock;
 struct DictionaryBlock;
 struct DataBlock;
+struct ValueBulk;
 
 }  // namespace detail
 
@@ -113,6 +114,7 @@ class List {
  private:
   friend class Value;
   friend struct ValueWalk;
+  friend struct detail::ValueBulk;
   void makeUnique(std::size_t capacity);
 
   detail::ListBlock* block_ = nullptr;
@@ -162,6 +164,7 @@ class Dictionary {
  private:
   friend class Value;
   friend struct ValueWalk;
+  friend struct detail::ValueBulk;
   void makeUnique(std::size_t capacity);
   [[nodiscard]] std::size_t indexOf(const Value& key) const;
   void appendNew(Value key, Value value);

@@ -1,5 +1,5 @@
-// Eight UTF-16 units side by side: the few vector operations that the text kernels use, for SSE2 (x86-64), NEON
-// (64-bit ARM) and plain C++. Included by sources only, so that headers stay light.
+// Eight UTF-16 units or sixteen bytes side by side: the few vector operations that the text kernels use, for SSE2
+// (x86-64), NEON (64-bit ARM) and plain C++. Included by sources only, so that headers stay light.
 #pragma once
 
 #include <bit>
@@ -16,6 +16,7 @@
 namespace quorvel::vector {
 
 inline constexpr std::size_t kLanes = 8;
+inline constexpr std::size_t kByteLanes = 16;
 
 /// Which of eight lanes hold: eight bits, lane 0 in the lowest.
 struct Lanes {
@@ -61,6 +62,24 @@ struct Units {
   void narrow(char* to) const { _mm_storel_epi64(reinterpret_cast<__m128i*>(to), _mm_packus_epi16(lanes, lanes)); }
 };
 
+struct Bytes {
+  __m128i lanes;
+
+  [[nodiscard]] static Bytes load(const char* from) {
+    return {_mm_loadu_si128(reinterpret_cast<const __m128i*>(from))};
+  }
+  [[nodiscard]] static Bytes splat(char byte) { return {_mm_set1_epi8(byte)}; }
+
+  friend Bytes operator|(Bytes a, Bytes b) { return {_mm_or_si128(a.lanes, b.lanes)}; }
+  friend Bytes equal(Bytes a, Bytes b) { return {_mm_cmpeq_epi8(a.lanes, b.lanes)}; }
+  /// Lanes of all ones where a <= b, unsigned.
+  friend Bytes atMost(Bytes a, Bytes b) { return {_mm_cmpeq_epi8(_mm_min_epu8(a.lanes, b.lanes), a.lanes)}; }
+  /// The highest bit of each byte, lane 0 in the lowest bit.
+  [[nodiscard]] std::uint32_t highBits() const { return static_cast<std::uint32_t>(_mm_movemask_epi8(lanes)); }
+  [[nodiscard]] Units widenLow() const { return {_mm_unpacklo_epi8(lanes, _mm_setzero_si128())}; }
+  [[nodiscard]] Units widenHigh() const { return {_mm_unpackhi_epi8(lanes, _mm_setzero_si128())}; }
+};
+
 #elif defined(__ARM_NEON) && defined(__aarch64__)
 
 struct Units {
@@ -87,6 +106,24 @@ struct Units {
     return {vmovl_u8(vld1_u8(reinterpret_cast<const std::uint8_t*>(from)))};
   }
   void narrow(char* to) const { vst1_u8(reinterpret_cast<std::uint8_t*>(to), vqmovn_u16(lanes)); }
+};
+
+struct Bytes {
+  uint8x16_t lanes;
+
+  [[nodiscard]] static Bytes load(const char* from) { return {vld1q_u8(reinterpret_cast<const std::uint8_t*>(from))}; }
+  [[nodiscard]] static Bytes splat(char byte) { return {vdupq_n_u8(static_cast<std::uint8_t>(byte))}; }
+
+  friend Bytes operator|(Bytes a, Bytes b) { return {vorrq_u8(a.lanes, b.lanes)}; }
+  friend Bytes equal(Bytes a, Bytes b) { return {vceqq_u8(a.lanes, b.lanes)}; }
+  friend Bytes atMost(Bytes a, Bytes b) { return {vcleq_u8(a.lanes, b.lanes)}; }
+  [[nodiscard]] std::uint32_t highBits() const {
+    static constexpr std::int8_t kShifts[16] = {-7, -6, -5, -4, -3, -2, -1, 0, -7, -6, -5, -4, -3, -2, -1, 0};
+    const uint8x16_t bits = vshlq_u8(vandq_u8(lanes, vdupq_n_u8(0x80)), vld1q_s8(kShifts));
+    return vaddv_u8(vget_low_u8(bits)) | static_cast<std::uint32_t>(vaddv_u8(vget_high_u8(bits))) << 8;
+  }
+  [[nodiscard]] Units widenLow() const { return {vmovl_u8(vget_low_u8(lanes))}; }
+  [[nodiscard]] Units widenHigh() const { return {vmovl_u8(vget_high_u8(lanes))}; }
 };
 
 #else
@@ -140,6 +177,44 @@ struct Units {
   static Units map(Lane lane) {
     Units result;
     for (std::size_t i = 0; i < kLanes; ++i) result.lanes[i] = static_cast<std::uint16_t>(lane(i));
+    return result;
+  }
+};
+
+struct Bytes {
+  std::uint8_t lanes[kByteLanes];
+
+  [[nodiscard]] static Bytes load(const char* from) {
+    Bytes result;
+    std::memcpy(result.lanes, from, sizeof result.lanes);
+    return result;
+  }
+  [[nodiscard]] static Bytes splat(char byte) {
+    return map([byte](std::size_t) { return static_cast<std::uint8_t>(byte); });
+  }
+
+  friend Bytes operator|(Bytes a, Bytes b) {
+    return map([&](std::size_t i) { return a.lanes[i] | b.lanes[i]; });
+  }
+  friend Bytes equal(Bytes a, Bytes b) {
+    return map([&](std::size_t i) { return a.lanes[i] == b.lanes[i] ? 0xFF : 0; });
+  }
+  friend Bytes atMost(Bytes a, Bytes b) {
+    return map([&](std::size_t i) { return a.lanes[i] <= b.lanes[i] ? 0xFF : 0; });
+  }
+  [[nodiscard]] std::uint32_t highBits() const {
+    std::uint32_t bits = 0;
+    for (std::size_t i = 0; i < kByteLanes; ++i) bits |= (lanes[i] >> 7U) << i;
+    return bits;
+  }
+  [[nodiscard]] Units widenLow() const { return Units::widen(reinterpret_cast<const char*>(lanes)); }
+  [[nodiscard]] Units widenHigh() const { return Units::widen(reinterpret_cast<const char*>(lanes) + kLanes); }
+
+ private:
+  template <class Lane>
+  static Bytes map(Lane lane) {
+    Bytes result;
+    for (std::size_t i = 0; i < kByteLanes; ++i) result.lanes[i] = static_cast<std::uint8_t>(lane(i));
     return result;
   }
 };
