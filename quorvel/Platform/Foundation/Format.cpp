@@ -203,12 +203,12 @@ std::int64_t narrowed(std::int64_t value, Length length) {
 }
 
 std::uint64_t narrowedUnsigned(Number number, Length length) {
-  const std::uint64_t bits =
-      number.kind() == Number::Kind::Unsigned ? number.bits() : static_cast<std::uint64_t>(number.longLongValue());
+  const bool isLarge = number.kind() == Number::Kind::Unsigned;
+  const std::int64_t value = number.longLongValue();
+  const std::uint64_t bits = isLarge ? number.bits() : static_cast<std::uint64_t>(value);
   if (length == Length::Byte) return static_cast<std::uint8_t>(bits);
   if (length == Length::Short) return static_cast<std::uint16_t>(bits);
-  const auto value = static_cast<std::int64_t>(bits);
-  const bool fits32 = value >= INT32_MIN && value <= INT32_MAX;
+  const bool fits32 = !isLarge && value >= INT32_MIN && value <= INT32_MAX;
   return length == Length::None && fits32 ? static_cast<std::uint32_t>(bits) : bits;
 }
 

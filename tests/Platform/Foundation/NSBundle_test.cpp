@@ -1,0 +1,139 @@
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <thread>
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <quorvel/Platform/Foundation/LanguageMatch.h>
+#include <quorvel/Platform/Foundation/Limits.h>
+#include <quorvel/Platform/Foundation/NSBundle.h>
+
+namespace quorvel {
+namespace {
+
+struct MatchRow {
+  const char* language;
+  const char* locale;
+  std::vector<String> localizations;
+  std::vector<String> preferred;
+  const char* why;
+};
+
+TEST(NSBundle, MatchesLanguagesWithoutMixingScripts) {
+  const std::vector<String> chinese{u"Base", u"en", u"zh-Hans", u"zh-Hant"};
+  const MatchRow rows[] = {
+      {"", "zh_CN.UTF-8", chinese, {u"zh-Hans"}, "China writes simplified"},
+      {"", "zh_TW", chinese, {u"zh-Hant"}, "Taiwan writes traditional"},
+      {"", "zh_HK.UTF-8", chinese, {u"zh-Hant"}, "Hong Kong writes traditional"},
+      {"", "zh_MO", chinese, {u"zh-Hant"}, "Macao writes traditional"},
+      {"", "zh", chinese, {u"zh-Hans"}, "zh alone is simplified"},
+      {"zh_TW:en", "", {u"en", u"zh-Hans"}, {u"en"}, "another script is no match"},
+      {"", "zh_TW", {u"zh_CN", u"zh_TW"}, {u"zh_TW"}, "folder names with an underscore"},
+      {"", "en_GB", {u"en", u"en-GB", u"en-US"}, {u"en-GB"}, "the same region"},
+      {"", "en_NZ", {u"en-US", u"en"}, {u"en"}, "no region before another one"},
+      {"", "en", {u"en-GB", u"en-US"}, {u"en-US"}, "the likely region before another one"},
+      {"", "de_AT", {u"English", u"German"}, {u"German"}, "old names"},
+      {"ko:fr", "de_DE", {u"de", u"fr"}, {u"fr", u"de"}, "in the order of the user's languages"},
+      {"fr", "C", {u"fr"}, {}, "C turns languages off"},
+      {"", "POSIX.UTF-8", {u"en"}, {}, "so does POSIX"},
+      {":", "sr_RS@latin", {u"sr", u"sr-Latn"}, {u"sr-Latn"}, "a modifier that names a script"},
+      {"", "\xFF_\xFF", {u"en"}, {}, "no locale at all"},
+      {"", "", {u"Base"}, {}, "nothing asked for"},
+  };
+  for (const auto& [language, locale, localizations, preferred, why] : rows) {
+    EXPECT_EQ(detail::matchLocalizations(detail::userLanguages(language, locale), localizations), preferred) << why;
+  }
+}
+
+class BundleFolder : public testing::Test {
+ protected:
+  void SetUp() override {
+    std::string pattern = (std::filesystem::temp_directory_path() / "quorvel-bundle-XXXXXX").string();
+    ASSERT_NE(mkdtemp(pattern.data()), nullptr);
+    folder_ = pattern;
+    for (const char* name : {"LANGUAGE", "LC_ALL", "LC_MESSAGES", "LANG"}) {
+      const char* value = std::getenv(name);
+      saved_.emplace_back(name, value ? std::optional<std::string>(value) : std::nullopt);
+      unsetenv(name);
+    }
+  }
+  void TearDown() override {
+    std::filesystem::remove_all(folder_);
+    for (const auto& [name, value] : saved_) {
+      value ? setenv(name, value->c_str(), 1) : unsetenv(name);
+    }
+  }
+  void write(const std::string& name, const std::string& text) {
+    std::filesystem::create_directories((folder_ / name).parent_path());
+    std::ofstream(folder_ / name, std::ios::binary) << text;
+  }
+
+  std::filesystem::path folder_;
+  std::vector<std::pair<const char*, std::optional<std::string>>> saved_;
+};
+
+TEST_F(BundleFolder, LooksInThePreferredLocalizationThenAtTheTop) {
+  write("ko.lproj/Localizable.strings", "\"hello\" = \"안녕\"; \"empty\" = \"\";");
+  write("en.lproj/Localizable.strings", "\"hello\" = \"Hello\";");
+  write("Localizable.strings", "\"hello\" = \"top\"; \"only\" = \"top\";");
+  write("Other.strings", "\"hello\" = \"other\";");
+  setenv("LANG", "ko_KR.UTF-8", 1);
+  const NSBundle bundle = NSBundle::at(folder_.string());
+  EXPECT_EQ(bundle.localizations(), (std::vector<String>{u"en", u"ko"}));
+  EXPECT_EQ(bundle.preferredLocalizations(), (std::vector<String>{u"ko"}));
+  EXPECT_EQ(bundle.localizedString(u"hello", nil, nil), u"안녕");
+  EXPECT_EQ(bundle.localizedString(u"only", u"", nil), u"top");
+  EXPECT_EQ(bundle.localizedString(u"empty", u"v", nil), u"");
+  EXPECT_EQ(bundle.localizedString(u"hello", nil, u"Other"), u"other");
+  EXPECT_EQ(bundle.localizedString(u"missing", nil, nil), u"missing");
+  EXPECT_EQ(bundle.localizedString(u"missing", u"value", nil), u"value");
+  EXPECT_EQ(bundle.localizedString(u"hello", nil, u"ko.lproj/Localizable"), u"hello") << "a name is no path";
+  setenv("LC_ALL", "fr_FR", 1);
+  EXPECT_EQ(NSBundle::at(folder_.string()).preferredLocalizations(), (std::vector<String>{u"en"})) << "else the first";
+  EXPECT_EQ(NSBundle::at("/nowhere/at/all").localizedString(u"k", nil, nil), u"k");
+}
+
+TEST_F(BundleFolder, PassesOverWhatIsNoSmallRegularFile) {
+  ASSERT_EQ(mkfifo((folder_ / "Pipe.strings").c_str(), 0600), 0);
+  std::filesystem::create_directory(folder_ / "Folder.strings");
+  std::filesystem::create_symlink("/dev/zero", folder_ / "Device.strings");
+  write("Large.strings", "\"k\" = \"v\";" + std::string(limits::kResourceFileBytes, ' '));
+  write("Broken.strings", "\"k\" = \"v\"");
+  write("Real.strings", "\"k\" = \"v\";");
+  std::filesystem::create_symlink("Real.strings", folder_ / "Link.strings");
+  const NSBundle bundle = NSBundle::at(folder_.string());
+  for (const char16_t* name : {u"Pipe", u"Folder", u"Device", u"Large", u"Broken"}) {
+    const String table = std::u16string(name);
+    EXPECT_EQ(bundle.localizedString(u"k", nil, table), u"k") << table;
+  }
+  EXPECT_EQ(bundle.localizedString(u"k", nil, u"Link"), u"v");
+}
+
+TEST_F(BundleFolder, ThreadsReadATableOnce) {
+  write("Localizable.strings", "\"k\" = \"v\";");
+  const NSBundle bundle = NSBundle::at(folder_.string());
+  std::atomic<int> found = 0;
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 4; ++i) {
+    threads.emplace_back([&] {
+      for (int n = 0; n < 500; ++n) found += bundle.localizedString(u"k", nil, nil) == u"v";
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(found, 2000);
+  std::filesystem::remove(folder_ / "Localizable.strings");
+  EXPECT_EQ(bundle.localizedString(u"k", nil, nil), u"v") << "not read again";
+}
+
+TEST_F(BundleFolder, MainIsWhatWasSet) {
+  write("Localizable.strings", "\"k\" = \"v\";");
+  const NSBundle before = NSBundle::main();
+  NSBundle::setMain(NSBundle::at(folder_.string()));
+  EXPECT_EQ(NSBundle::main().localizedString(u"k", nil, nil), u"v");
+  NSBundle::setMain(before);
+}
+
+}  // namespace
+}  // namespace quorvel

@@ -1,0 +1,128 @@
+#include <cstdio>
+
+#include <gtest/gtest.h>
+
+#include <quorvel/Platform/Foundation/PercentEncoding.h>
+#include <quorvel/Platform/Foundation/Unicode.h>
+
+namespace quorvel {
+namespace {
+
+constexpr PercentAllowed kLetters = PercentAllowed::only("abc");
+constexpr PercentAllowed kAllButPercent = PercentAllowed::allBut("%");
+
+/// All scalars from `first` on, `count` code points.
+String scalarsFrom(char32_t first, char32_t count) {
+  StringBuilder out;
+  for (char32_t scalar = first; scalar < first + count; ++scalar) {
+    if (!unicode::isSurrogate(scalar)) out.appendScalar(scalar);
+  }
+  return out.finish();
+}
+
+std::string encodedByHand(const String& text, std::string_view kept) {
+  const std::string bytes = text.toUTF8().value_or("");
+  std::string result;
+  for (const char byte : bytes) {
+    char escape[4];
+    std::snprintf(escape, sizeof escape, "%%%02X", static_cast<unsigned char>(byte));
+    kept.find(byte) == kept.npos ? result.append(escape) : result.append(1, byte);
+  }
+  return result;
+}
+
+TEST(PercentEncoding, EveryScalarThereAndBack) {
+  const NSCharacterSet letters = NSCharacterSet::withCharactersIn(u"abc");
+  for (std::uint32_t first = 0; first < 0x110000; first += 0x1000) {
+    const String text = scalarsFrom(first, 0x1000);
+    const std::optional<String> byTable = addingPercentEncoding(text, kLetters);
+    ASSERT_TRUE(byTable);
+    ASSERT_EQ(*byTable, String::fromASCII(encodedByHand(text, "abc"))) << first;
+    ASSERT_EQ(addingPercentEncoding(text, letters), byTable) << first;
+    ASSERT_EQ(removingPercentEncoding(*byTable), text) << first;
+    const std::optional<String> kept = addingPercentEncoding(text, kAllButPercent);
+    ASSERT_TRUE(kept);
+    ASSERT_EQ(kept->size(), text.size() + (first == 0 ? 2 : 0)) << first;
+    ASSERT_EQ(removingPercentEncoding(*kept), text) << first;
+  }
+}
+
+TEST(PercentEncoding, TextsThatNeedNoChangeAreShared) {
+  const String letters = u"abcabcabcabcabcabc";
+  EXPECT_EQ(addingPercentEncoding(letters, kLetters)->data(), letters.data());
+  EXPECT_EQ(removingPercentEncoding(letters)->data(), letters.data());
+}
+
+TEST(PercentEncoding, LengthsAroundVectorsAndSmallBuffers) {
+  for (std::size_t size = 0; size < 150; ++size) {
+    for (std::size_t changed = 0; changed < size; ++changed) {
+      std::u16string units(size, u'a');
+      units[changed] = changed % 2 == 0 ? u' ' : u'\uD55C';
+      const String text(units);
+      const std::optional<String> encoded = addingPercentEncoding(text, kLetters);
+      ASSERT_EQ(*encoded, String::fromASCII(encodedByHand(text, "abc"))) << size << ", " << changed;
+      ASSERT_EQ(removingPercentEncoding(*encoded), text) << size << ", " << changed;
+    }
+  }
+}
+
+TEST(PercentEncoding, UnpairedSurrogatesHaveNoBytes) {
+  const std::u16string texts[] = {
+      {0xD800},       {0xDC00},         {u'a', 0xD83D},
+      {0xD83D, u'a'}, {0xDE00, 0xD83D}, std::u16string(20, u'a') + char16_t{0xDBFF} + std::u16string(20, u'b')};
+  for (const std::u16string& text : texts) {
+    EXPECT_EQ(addingPercentEncoding(text, kLetters), std::nullopt);
+    EXPECT_EQ(addingPercentEncoding(text, kAllButPercent), std::nullopt);
+    EXPECT_EQ(addingPercentEncoding(text, NSCharacterSet::control().inverted()), std::nullopt);
+    EXPECT_EQ(removingPercentEncoding(text), std::nullopt);
+  }
+}
+
+struct DecodeRow {
+  const char* text;
+  const char* decoded;  // nullptr: nil
+  const char* why;
+};
+
+TEST(PercentEncoding, DecodesValidUTF8Only) {
+  const DecodeRow rows[] = {
+      {"a+b", "a+b", "plus stays"},
+      {"%ed%95%9c%ED%95%9C", "한한", "digits of either case"},
+      {"%EF%BB%BFx", "\xEF\xBB\xBFx", "a decoded U+FEFF stays"},
+      {"%F0%9F%98%80", "😀", "four bytes"},
+      {"%2541", "%41", "decoded once only"},
+      {"한%20글", "한 글", "text around escapes stays"},
+      {"100%", nullptr, "no digits"},
+      {"%4", nullptr, "one digit"},
+      {"%G0", nullptr, "no hexadecimal digit"},
+      {"%0G", nullptr, "no hexadecimal digit"},
+      {"%%41", nullptr, "a percent sign is no digit"},
+      {"%é1", nullptr, "beyond ASCII"},
+      {"%一1", nullptr, "beyond 8 bits"},
+      {"%80", nullptr, "continuation byte first"},
+      {"%C0%80", nullptr, "overlong in two bytes"},
+      {"%C1%BF", nullptr, "overlong in two bytes"},
+      {"%E0%9F%BF", nullptr, "overlong in three bytes"},
+      {"%F0%8F%BF%BF", nullptr, "overlong in four bytes"},
+      {"%ED%A0%80", nullptr, "a surrogate"},
+      {"%ED%9F%BF", "\xED\x9F\xBF", "last before the surrogates"},
+      {"%F4%8F%BF%BF", "\xF4\x8F\xBF\xBF", "the last scalar"},
+      {"%F4%90%80%80", nullptr, "beyond the last scalar"},
+      {"%F5%80%80%80", nullptr, "no lead byte"},
+      {"%ED%95", nullptr, "cut off"},
+      {"%ED%95x", nullptr, "cut off by a letter"},
+      {"%ED%95%20", nullptr, "cut off by a space"},
+      {"%ED한", nullptr, "text does not continue an escape"},
+  };
+  for (const auto& [text, decoded, why] : rows) {
+    const std::optional<String> result = removingPercentEncoding(*String::fromUTF8(text));
+    ASSERT_EQ(result.has_value(), decoded != nullptr) << text << ": " << why;
+    if (decoded) {
+      EXPECT_EQ(result->toUTF8Replacing(), decoded) << why;
+    }
+  }
+  EXPECT_EQ(*removingPercentEncoding(u"%00"), String(StringView(u"\0")));
+}
+
+}  // namespace
+}  // namespace quorvel
