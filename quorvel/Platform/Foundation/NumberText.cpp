@@ -108,36 +108,51 @@ String floatingDebugText(Floating value, double exact) {
 
 __extension__ using Wide = unsigned __int128;
 
-constexpr int kFastDecimals = 4;
-constexpr std::uint64_t kPowersOfTen[] = {1, 10, 100, 1000, 10000};
+constexpr int kFastDecimals = 3;
 
-/// `magnitude` * 10^decimals as a whole number, an exact half to the even one. The magnitude is below 2^48, so that
-/// nothing here overflows.
-std::uint64_t scaledAndRounded(double magnitude, int decimals) {
+/// `magnitude` * `power` as a whole number, an exact half to the even one. The magnitude is below 2^48, so that nothing
+/// here overflows.
+std::uint64_t scaledAndRounded(double magnitude, std::uint64_t power) {
   const auto bits = std::bit_cast<std::uint64_t>(magnitude);
   const int exponent = static_cast<int>(bits >> 52);
   const std::uint64_t fraction = bits & ((std::uint64_t{1} << 52) - 1);
   const std::uint64_t mantissa = exponent == 0 ? fraction : fraction | std::uint64_t{1} << 52;
   const int shift = 1075 - std::max(exponent, 1);  // magnitude = mantissa / 2^shift, shift > 4
-  const Wide product = Wide{mantissa} * kPowersOfTen[decimals];
-  if (shift > 100) return 0;  // below a half by far
+  if (shift > 100) return 0;                       // below a half by far
+  const Wide product = Wide{mantissa} * power;
   const Wide half = Wide{1} << (shift - 1);
   const Wide rest = product & ((half << 1) - 1);
   const auto whole = static_cast<std::uint64_t>(product >> shift);
   return whole + (rest > half || (rest == half && whole % 2 == 1));
 }
 
-std::size_t writeFastFixed(double value, int decimals, char* out) {
+template <int kDecimals>
+std::size_t writeFastFixed(double value, char* out) {
+  constexpr std::uint64_t kPower = std::array<std::uint64_t, 4>{1, 10, 100, 1000}[kDecimals];
   char* const start = out;
   if (std::signbit(value)) *out++ = '-';
-  std::uint64_t scaled = scaledAndRounded(std::fabs(value), decimals);
-  const std::uint64_t power = kPowersOfTen[decimals];
-  out = std::to_chars(out, out + 20, scaled / power).ptr;
-  if (decimals == 0) return static_cast<std::size_t>(out - start);
-  *out = '.';
-  scaled %= power;
-  for (int i = decimals; i > 0; --i, scaled /= 10) out[i] = static_cast<char>('0' + scaled % 10);
-  return static_cast<std::size_t>(out + decimals + 1 - start);
+  const std::uint64_t scaled = scaledAndRounded(std::fabs(value), kPower);
+  out = std::to_chars(out, out + 20, scaled / kPower).ptr;
+  if constexpr (kDecimals > 0) {
+    *out++ = '.';
+    std::uint64_t fraction = scaled % kPower;
+    for (int i = kDecimals; i-- > 0; fraction /= 10) out[i] = static_cast<char>('0' + fraction % 10);
+    out += kDecimals;
+  }
+  return static_cast<std::size_t>(out - start);
+}
+
+std::size_t writeFastFixed(double value, int decimals, char* out) {
+  switch (decimals) {
+    case 0:
+      return writeFastFixed<0>(value, out);
+    case 1:
+      return writeFastFixed<1>(value, out);
+    case 2:
+      return writeFastFixed<2>(value, out);
+    default:
+      return writeFastFixed<kFastDecimals>(value, out);
+  }
 }
 
 }  // namespace

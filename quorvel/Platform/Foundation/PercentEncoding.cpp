@@ -299,13 +299,19 @@ std::optional<String> removingPercentEncoding(const String& text) {
   if (unicode::findUnit(text, u'%') == unicode::kInvalid) return text;
   const auto escapes = static_cast<std::size_t>(std::count(text.begin(), text.end(), u'%'));
   if (escapes > text.size() / kEscapeUnits) return nil;
-  bool valid = true;
-  String result = String::build(text.size() - 2 * escapes + vector::kLanes, [&](char16_t* out) {
-    const std::size_t written = decode(text, out);
-    valid = written != unicode::kInvalid;
-    return valid ? written : 0;
+  const std::size_t room = text.size() - 2 * escapes + vector::kLanes;
+  std::size_t size = 0;
+  if (room <= kShort) {
+    char16_t buffer[kShort];
+    size = decode(text, buffer);
+    if (size == unicode::kInvalid) return nil;
+    return String(buffer, size);
+  }
+  String result = String::build(room, [&](char16_t* out) {
+    size = decode(text, out);
+    return size == unicode::kInvalid ? 0 : size;
   });
-  if (!valid) return nil;
+  if (size == unicode::kInvalid) return nil;
   return result;
 }
 
