@@ -1,5 +1,8 @@
-// A place in JSON text of either encoding, and what is wrong with the text. Included by sources of the platform alone.
-// Not here: strings (JSONText.h), numbers (JSONNumber.h), the tree (JSONReader.cpp).
+// JSON text of either encoding, and what is wrong with it. Included by sources of the platform alone.
+// Not here: strings (JSONText.h), keys (JSONKeys.h), numbers (JSONNumber.h), the tree (JSONReader.cpp).
+//
+// A read function takes the place where it begins and answers the place where it ended, or nullptr with the failure
+// noted. So the place stays in a register; kept in the reader it would go through memory at every step.
 #pragma once
 
 #include <quorvel/Platform/Foundation/NSJSONSerialization.h>
@@ -23,32 +26,28 @@ inline constexpr const char* kRange = "number out of range";
 
 /// `Unit` is char for UTF-8 and char16_t for UTF-16.
 template <class Unit>
-struct Cursor {
+struct Source {
   const Unit* start;
-  const Unit* at;
   const Unit* end;
   JSONError error;
 
-  bool fail(const Unit* place, const char* why) {
-    error = {static_cast<std::size_t>(place - start), why};
-    return false;
+  std::nullptr_t fail(const Unit* at, const char* why) {
+    error = {static_cast<std::size_t>(at - start), why};
+    return nullptr;
   }
   /// What stands here is not what must come: an end of the text, or a character.
-  bool unexpected(const char* why = reason::kUnexpected) { return fail(at, at == end ? reason::kEnded : why); }
-
-  [[nodiscard]] std::size_t left() const { return static_cast<std::size_t>(end - at); }
-  [[nodiscard]] bool isAt(char ascii) const { return at != end && *at == static_cast<Unit>(ascii); }
-  [[nodiscard]] bool isAtDigit() const { return at != end && *at >= Unit{'0'} && *at <= Unit{'9'}; }
-  bool take(char ascii) {
-    const bool there = isAt(ascii);
-    at += there;
-    return there;
+  std::nullptr_t unexpected(const Unit* at, const char* why = reason::kUnexpected) {
+    return fail(at, at == end ? reason::kEnded : why);
   }
-  void skipSpace() {
-    while (at != end && *at <= Unit{' '} &&
-           (*at == Unit{' '} || *at == Unit{'\n'} || *at == Unit{'\r'} || *at == Unit{'\t'})) {
-      ++at;
-    }
+
+  [[nodiscard]] std::size_t left(const Unit* at) const { return static_cast<std::size_t>(end - at); }
+  [[nodiscard]] bool isAt(const Unit* at, char ascii) const { return at != end && *at == static_cast<Unit>(ascii); }
+  [[nodiscard]] bool isDigitAt(const Unit* at) const { return at != end && *at >= Unit{'0'} && *at <= Unit{'9'}; }
+  [[nodiscard]] const Unit* skipSpace(const Unit* at) const {
+    if (at == end || static_cast<char16_t>(*at) > u' ') [[likely]]
+      return at;
+    while (at != end && (*at == Unit{' '} || *at == Unit{'\n'} || *at == Unit{'\r'} || *at == Unit{'\t'})) ++at;
+    return at;
   }
 };
 

@@ -2,100 +2,126 @@
 // a comparison of its bytes. Included by sources of the platform alone.
 #pragma once
 
+#include <algorithm>
+
 #include <quorvel/Platform/Foundation/JSONText.h>
 
 namespace quorvel::json {
 
+/// What a reader of keys remembers of one dictionary, to know whether its keys are distinct.
+struct SeenKeys {
+  std::uint64_t slots = 0;
+  std::uint64_t evictions = 0;
+  bool mayRepeat = false;
+};
+
 template <class Unit>
 class KeyReader {
  public:
-  KeyReader(Cursor<Unit>& cursor, TextReader<Unit>& text) : cursor_(cursor), text_(text) {}
+  KeyReader(Source<Unit>& source, TextReader<Unit>& text) : source_(source), text_(text) {}
   KeyReader(const KeyReader&) = delete;
   KeyReader& operator=(const KeyReader&) = delete;
   ~KeyReader() {
     for (; filled_; filled_ &= filled_ - 1) slots_[std::countr_zero(filled_)].key.~Value();
   }
 
-  /// Reads the key whose opening quotation mark stands before the cursor into raw memory. `seen` collects one bit for a
-  /// key; `distinct` becomes false when two keys of a dictionary may be equal.
-  bool read(Value* place, std::uint64_t& seen, bool& distinct) {
+  [[nodiscard]] SeenKeys none() const { return {0, evictions_, false}; }
+  [[nodiscard]] bool areDistinct(const SeenKeys& seen) const { return !seen.mayRepeat && seen.evictions == evictions_; }
+
+  /// Reads the key whose opening quotation mark stands before `at` into raw memory.
+  const Unit* read(const Unit* at, Value* place, SeenKeys& seen) {
     unsigned slot = next_[previous_];
-    if (!isNext(slot)) {
-      const Unit* const from = cursor_.at;
-      const Unit* const end = endOfPlainKey();
+    if (!isHeld(slot, at)) {
+      const Unit* const end = endOfPlain(at);
       if (!end) {  // long or escaped: not kept, and equal to whichever key it may be
-        distinct = false;
-        return text_.read(place);
+        seen.mayRepeat = true;
+        return text_.read(at, place);
       }
-      slot = slotOf(from, end);
-      if (!isHeld(slot, from, end) && !fill(slot, from, end)) return false;
+      slot = slotFor(at, end);
+      if (!isHeld(slot, at) && !fill(slot, at, end)) return nullptr;
       next_[previous_] = static_cast<std::uint8_t>(slot);
     }
-    cursor_.at += slots_[slot].size + 1;
-    new (place) Value(slots_[slot].key);
-    const std::uint64_t bit = std::uint64_t{1} << slot;
-    distinct = distinct && (seen & bit) == 0;
-    seen |= bit;
     previous_ = slot;
-    return true;
+    const std::uint64_t bit = std::uint64_t{1} << slot;
+    seen.mayRepeat |= (seen.slots & bit) != 0;
+    seen.slots |= bit;
+    new (place) Value(slots_[slot].key);
+    return at + slots_[slot].size;
   }
 
  private:
-  static constexpr std::size_t kLongest = 32;
+  static constexpr unsigned kSlots = 64;
+  static constexpr unsigned kProbes = 4;
+  static constexpr std::size_t kLongest = 64;
 
   struct Slot {
-    const Unit* text;  // the key in the text that is being read, a quotation mark after it
-    std::uint8_t size;
+    const Unit* text;  // the key as it stands in the text that is being read, with its closing quotation mark
+    std::size_t size;  // the mark counted
     Value key;
   };
 
   [[nodiscard]] bool isFilled(unsigned slot) const { return (filled_ >> slot & 1) != 0; }
-  [[nodiscard]] bool isNext(unsigned slot) const {
+
+  /// The key of the slot begins at `at`. What follows a kept key in the text follows the key at `at` too: it came
+  /// later.
+  [[nodiscard]] bool isHeld(unsigned slot, const Unit* at) const {
     if (!isFilled(slot)) return false;
-    const std::size_t size = slots_[slot].size + std::size_t{1};
-    return cursor_.left() >= size && std::memcmp(cursor_.at, slots_[slot].text, size * sizeof(Unit)) == 0;
-  }
-  [[nodiscard]] bool isHeld(unsigned slot, const Unit* from, const Unit* end) const {
-    return isFilled(slot) && slots_[slot].size == end - from &&
-           std::memcmp(from, slots_[slot].text, slots_[slot].size * sizeof(Unit)) == 0;
-  }
-
-  /// The closing quotation mark of a short key without escapes, or nullptr.
-  [[nodiscard]] const Unit* endOfPlainKey() const {
-    const std::size_t limit = std::min(cursor_.left(), kLongest + 1);
-    for (const Unit* at = cursor_.at; at != cursor_.at + limit; ++at) {
-      if (*at == Unit{'"'}) return at;
-      if (*at == Unit{'\\'}) return nullptr;
+    const std::size_t bytes = slots_[slot].size * sizeof(Unit);
+    const std::size_t left = source_.left(at) * sizeof(Unit);
+    const auto* a = reinterpret_cast<const char*>(at);
+    const auto* b = reinterpret_cast<const char*>(slots_[slot].text);
+    if (left < bytes + vector::kByteLanes) return left >= bytes && std::memcmp(a, b, bytes) == 0;
+    std::size_t i = 0;
+    for (; bytes - i > vector::kByteLanes; i += vector::kByteLanes) {
+      if (equal(vector::Bytes::load(a + i), vector::Bytes::load(b + i)).highBits() != 0xFFFF) return false;
     }
-    return nullptr;
+    const std::uint32_t same = equal(vector::Bytes::load(a + i), vector::Bytes::load(b + i)).highBits();
+    return (~same & ((std::uint32_t{1} << (bytes - i)) - 1)) == 0;
   }
 
-  static unsigned slotOf(const Unit* from, const Unit* end) {
+  /// Behind the closing quotation mark of a short key without escapes, or nullptr.
+  [[nodiscard]] const Unit* endOfPlain(const Unit* at) const {
+    const Unit* const limit = at + std::min(source_.left(at), kLongest);
+    while (at != limit && *at != Unit{'"'} && *at != Unit{'\\'}) ++at;
+    return at != limit && *at == Unit{'"'} ? at + 1 : nullptr;
+  }
+
+  /// The slot that holds the key, or the one where it goes.
+  [[nodiscard]] unsigned slotFor(const Unit* from, const Unit* end) const {
     std::uint64_t hash = 0;
-    for (; from != end; ++from) hash = (hash ^ static_cast<std::uint64_t>(*from)) * 0x9E3779B97F4A7C15;
-    return static_cast<unsigned>(hash >> 58);
+    for (const Unit* at = from; at != end; ++at) hash = (hash ^ static_cast<std::uint64_t>(*at)) * 0x9E3779B97F4A7C15;
+    const auto home = static_cast<unsigned>(hash >> 58);
+    unsigned vacant = home;
+    for (unsigned i = kProbes; i-- > 0;) {
+      const unsigned slot = (home + i) % kSlots;
+      if (isHeld(slot, from)) return slot;
+      if (!isFilled(slot)) vacant = slot;
+    }
+    return vacant;
   }
 
   bool fill(unsigned slot, const Unit* from, const Unit* end) {
     alignas(Value) unsigned char memory[sizeof(Value)];
-    auto* key = reinterpret_cast<Value*>(memory);
-    if (!text_.read(key)) return false;
-    cursor_.at = from;
-    if (isFilled(slot)) slots_[slot].key.~Value();
-    std::memcpy(static_cast<void*>(&slots_[slot].key), memory, sizeof memory);
+    if (!text_.read(from, reinterpret_cast<Value*>(memory))) return false;
+    if (isFilled(slot)) {
+      slots_[slot].key.~Value();
+      ++evictions_;  // the key that goes may come again in an open dictionary and would not be known
+    }
     slots_[slot].text = from;
-    slots_[slot].size = static_cast<std::uint8_t>(end - from);
+    slots_[slot].size = static_cast<std::size_t>(end - from);
+    std::memcpy(static_cast<void*>(&slots_[slot].key), memory, sizeof memory);
     filled_ |= std::uint64_t{1} << slot;
     return true;
   }
 
-  Cursor<Unit>& cursor_;
+  Source<Unit>& source_;
   TextReader<Unit>& text_;
   std::uint64_t filled_ = 0;
+  std::uint64_t evictions_ = 0;
   unsigned previous_ = 0;
-  std::uint8_t next_[64] = {};  // for each slot that of the key which followed last
+  std::uint8_t next_[kSlots] = {};  // for each slot that of the key which followed last
   union {
-    Slot slots_[64];  // those of `filled_` hold a key
+    Slot slots_[kSlots];  // those of `filled_` hold a key
   };
 };
 

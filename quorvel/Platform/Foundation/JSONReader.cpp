@@ -1,4 +1,5 @@
 // The reader: one pass over the text straight into owning values, without recursion.
+#include <algorithm>
 #include <cstdlib>
 #include <new>
 
@@ -53,137 +54,137 @@ class ValueStack {
 template <class Unit>
 class Reader {
  public:
-  Reader(const Unit* text, std::size_t size) : cursor_{text, text, text + size, {}} {}
+  Reader(const Unit* text, std::size_t size) : source_{text, text + size, {}} {}
 
   Value read(bool fragment, JSONError* error) {
-    Value result;
-    if (readDocument(fragment)) {
-      result = std::move(*values_.from(0));
-    } else if (error) {
-      *error = cursor_.error;
-    }
-    return result;
+    if (readDocument(fragment)) return std::move(*values_.from(0));
+    if (error) *error = source_.error;
+    return nil;
   }
 
  private:
   struct Frame {
     std::size_t first;  // of its values on the stack
-    std::uint64_t seen;
     bool isDictionary;
-    bool distinct;
+    SeenKeys keys;
   };
 
-  bool readDocument(bool fragment) {
-    skipByteOrderMark();
-    cursor_.skipSpace();
-    if (!fragment && !cursor_.isAt('[') && !cursor_.isAt('{')) return cursor_.unexpected(topReason());
-    if (!readTree()) return false;
-    cursor_.skipSpace();
-    return cursor_.at == cursor_.end || cursor_.fail(cursor_.at, reason::kAfterEnd);
+  const Unit* readDocument(bool fragment) {
+    const Unit* at = source_.skipSpace(behindByteOrderMark());
+    if (!fragment && !source_.isAt(at, '[') && !source_.isAt(at, '{')) return source_.unexpected(at, topReason(at));
+    at = readTree(at);
+    if (!at) return nullptr;
+    at = source_.skipSpace(at);
+    return at == source_.end ? at : source_.fail(at, reason::kAfterEnd);
   }
 
-  void skipByteOrderMark() {
+  [[nodiscard]] const Unit* behindByteOrderMark() const {
     static constexpr Unit kMark[] = {sizeof(Unit) == 1 ? Unit(0xEF) : Unit(0xFEFF), Unit(0xBB), Unit(0xBF)};
     constexpr std::size_t kSize = sizeof(Unit) == 1 ? 3 : 1;
-    if (cursor_.left() >= kSize && std::memcmp(cursor_.at, kMark, kSize * sizeof(Unit)) == 0) cursor_.at += kSize;
+    const Unit* const at = source_.start;
+    return source_.left(at) >= kSize && std::equal(kMark, kMark + kSize, at) ? at + kSize : at;
   }
 
-  [[nodiscard]] const char* topReason() const {
+  [[nodiscard]] const char* topReason(const Unit* at) const {
     static constexpr std::string_view kFragments = "\"-0123456789tfn";
-    const bool isFragment = cursor_.at != cursor_.end && *cursor_.at < Unit{0x7F} &&
-                            kFragments.find(static_cast<char>(*cursor_.at)) != std::string_view::npos;
+    const bool isFragment =
+        at != source_.end && *at < Unit{0x7F} && kFragments.find(static_cast<char>(*at)) != std::string_view::npos;
     return isFragment ? reason::kNoContainer : reason::kUnexpected;
   }
 
   /// Reads one value and all that it holds.
-  bool readTree() {
-    do {
-      if (cursor_.isAt('{') || cursor_.isAt('[')) {
-        if (!open()) return false;
+  const Unit* readTree(const Unit* at) {
+    while (true) {
+      if (source_.isAt(at, '{') || source_.isAt(at, '[')) {
+        at = open(at);
+        if (!at) return nullptr;
+        if (!isAtClosing(at)) {
+          if (frames_[depth_ - 1].isDictionary) at = readKey(at);
+          if (!at) return nullptr;
+          continue;
+        }
       } else {
-        if (!readScalar()) return false;
+        at = readScalar(at, values_.place());
+        if (!at) return nullptr;
         values_.push();
       }
-    } while (goOn());
-    return cursor_.error.reason[0] == '\0';
-  }
-
-  /// What follows a value or an opening bracket: closes containers, and stops before the next value. False when all
-  /// are closed, or at a failure.
-  bool goOn() {
-    while (depth_ > 0) {
-      Frame& frame = frames_[depth_ - 1];
-      cursor_.skipSpace();
-      const bool opened = std::exchange(opened_, false);
-      if (cursor_.take(frame.isDictionary ? '}' : ']')) {
-        if (!close(frame)) return false;
-        continue;
-      }
-      if (!opened) {
-        if (!cursor_.take(',')) return cursor_.unexpected();
-        cursor_.skipSpace();
-      }
-      return !frame.isDictionary || readKey(frame);
+      at = goOn(at);
+      if (!at || depth_ == 0) return at;
     }
-    return false;
   }
 
-  bool open() {
-    if (depth_ == limits::kJSONDepth) return cursor_.fail(cursor_.at, reason::kTooDeep);
-    frames_[depth_++] = {values_.size(), 0, *cursor_.at == Unit{'{'}, true};
-    ++cursor_.at;
-    opened_ = true;
-    return true;
+  [[nodiscard]] bool isAtClosing(const Unit* at) const {
+    return source_.isAt(at, frames_[depth_ - 1].isDictionary ? '}' : ']');
   }
 
-  bool close(const Frame& frame) {
+  /// From the end of a value to the next one that begins, or to the end of the outermost container.
+  const Unit* goOn(const Unit* at) {
+    while (depth_ > 0) {
+      at = source_.skipSpace(at);
+      if (source_.isAt(at, ',')) {
+        at = source_.skipSpace(at + 1);
+        return frames_[depth_ - 1].isDictionary ? readKey(at) : at;
+      }
+      if (!isAtClosing(at)) return source_.unexpected(at);
+      at = close(at);
+      if (!at) return nullptr;
+    }
+    return at;
+  }
+
+  const Unit* open(const Unit* at) {
+    if (depth_ == limits::kJSONDepth) return source_.fail(at, reason::kTooDeep);
+    frames_[depth_++] = {values_.size(), *at == Unit{'{'}, keys_.none()};
+    return source_.skipSpace(at + 1);
+  }
+
+  const Unit* close(const Unit* at) {
+    const Frame& frame = frames_[--depth_];
     const std::size_t count = values_.size() - frame.first;
-    if (count > UINT32_MAX) return cursor_.fail(cursor_.at, reason::kTooLong);
+    if (count > UINT32_MAX) return source_.fail(at, reason::kTooLong);
     Value* children = values_.from(frame.first);
-    Value container = frame.isDictionary ? Value(detail::ValueBulk::dictionary(children, count / 2, frame.distinct))
-                                         : Value(detail::ValueBulk::list(children, count));
+    Value container = frame.isDictionary
+                          ? Value(detail::ValueBulk::dictionary(children, count / 2, keys_.areDistinct(frame.keys)))
+                          : Value(detail::ValueBulk::list(children, count));
     values_.forget(frame.first);
     new (values_.place()) Value(std::move(container));
     values_.push();
-    --depth_;
-    return true;
+    return at + 1;
   }
 
-  bool readKey(Frame& frame) {
-    if (!cursor_.take('"')) return cursor_.unexpected();
-    if (!keys_.read(values_.place(), frame.seen, frame.distinct)) return false;
+  const Unit* readKey(const Unit* at) {
+    if (!source_.isAt(at, '"')) return source_.unexpected(at);
+    at = keys_.read(at + 1, values_.place(), frames_[depth_ - 1].keys);
+    if (!at) return nullptr;
     values_.push();
-    cursor_.skipSpace();
-    if (!cursor_.take(':')) return cursor_.unexpected();
-    cursor_.skipSpace();
-    return true;
+    at = source_.skipSpace(at);
+    return source_.isAt(at, ':') ? source_.skipSpace(at + 1) : source_.unexpected(at);
   }
 
-  bool readScalar() {
-    Value* place = values_.place();
-    if (cursor_.take('"')) return text_.read(place);
-    if (cursor_.isAtDigit() || cursor_.isAt('-')) return NumberReader<Unit>(cursor_).read(place);
-    if (cursor_.isAt('t')) return readWord("true", place, true);
-    if (cursor_.isAt('f')) return readWord("false", place, false);
-    if (cursor_.isAt('n')) return readWord("null", place, null);
-    return cursor_.unexpected();
+  const Unit* readScalar(const Unit* at, Value* place) {
+    if (source_.isAt(at, '"')) return text_.read(at + 1, place);
+    if (source_.isDigitAt(at) || source_.isAt(at, '-')) return NumberReader<Unit>(source_, place).read(at);
+    if (source_.isAt(at, 't')) return readWord("true", at, place, true);
+    if (source_.isAt(at, 'f')) return readWord("false", at, place, false);
+    if (source_.isAt(at, 'n')) return readWord("null", at, place, null);
+    return source_.unexpected(at);
   }
 
   template <class Meaning>
-  bool readWord(std::string_view word, Value* place, Meaning meaning) {
+  const Unit* readWord(std::string_view word, const Unit* at, Value* place, Meaning meaning) {
     for (const char letter : word) {
-      if (!cursor_.take(letter)) return cursor_.unexpected();
+      if (!source_.isAt(at, letter)) return source_.unexpected(at);
+      ++at;
     }
     new (place) Value(meaning);
-    return true;
+    return at;
   }
 
-  Cursor<Unit> cursor_;
-  TextReader<Unit> text_{cursor_};
-  KeyReader<Unit> keys_{cursor_, text_};
+  Source<Unit> source_;
+  TextReader<Unit> text_{source_};
+  KeyReader<Unit> keys_{source_, text_};
   ValueStack values_;
   std::size_t depth_ = 0;
-  bool opened_ = false;  // an opening bracket has just been passed
   Frame frames_[limits::kJSONDepth];
 };
 

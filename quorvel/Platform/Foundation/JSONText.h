@@ -2,6 +2,7 @@
 // Not here: strings written (JSONWriter.cpp).
 #pragma once
 
+#include <bit>
 #include <memory>
 
 #include <quorvel/Platform/Foundation/JSONCursor.h>
@@ -43,26 +44,60 @@ class Scratch {
 template <class Unit>
 class TextReader {
  public:
-  explicit TextReader(Cursor<Unit>& cursor) : cursor_(cursor) {}
+  explicit TextReader(Source<Unit>& source) : source_(source) {}
 
-  /// Reads the string whose opening quotation mark stands before the cursor into raw memory.
-  bool read(Value* place) {
+  /// Reads the string whose opening quotation mark stands before `at` into raw memory.
+  const Unit* read(const Unit* at, Value* place) {
+    if (source_.left(at) >= vector::kByteLanes) [[likely]] {
+      if (const Unit* end = readShort(at, place)) return end;
+    }
     if constexpr (sizeof(Unit) == 1) {
-      return readUTF8(place);
+      return readUTF8(at, place);
     } else {
-      return readUTF16(place);
+      return readUTF16(at, place);
     }
   }
 
  private:
-  bool store(Value* place, const char16_t* units, std::size_t size) {
-    if (size > limits::kStringLength) return cursor_.fail(cursor_.at, reason::kTooLong);
-    new (place) Value(String(units, size));
-    return true;
+  using Units = vector::Units;
+  using Bytes = vector::Bytes;
+
+  // Plain texts of at most seven units: they take no more than one load.
+
+  const Unit* readShort(const Unit* at, Value* place) {
+    Units units;
+    std::uint32_t stops;
+    if constexpr (sizeof(Unit) == 1) {
+      const auto bytes = Bytes::load(at);
+      stops = specialBits(bytes) | bytes.highBits();
+      units = bytes.widenLow();
+    } else {
+      units = Units::load(at);
+      stops = stopsOf(units).lanesSet().bits;
+    }
+    const auto size = static_cast<std::size_t>(std::countr_zero(stops));
+    if (size > String::kInlineCapacity || at[size] != Unit{'"'}) return nullptr;
+    placeShort(place, units, size);
+    return at + size + 1;
   }
 
-  bool storeScratch(Value* place, const char16_t* out) {
-    return store(place, scratch_.begin(), static_cast<std::size_t>(out - scratch_.begin()));
+  /// The layout of String: units, and the length in the last byte.
+  static void placeShort(Value* place, Units units, std::size_t size) {
+    static constexpr char16_t kKeep[2 * vector::kLanes] = {0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF,
+                                                           0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF};
+    alignas(String) unsigned char bytes[sizeof(String)];
+    (units & Units::load(kKeep + vector::kLanes - size)).store(reinterpret_cast<char16_t*>(bytes));
+    bytes[sizeof bytes - 1] = static_cast<unsigned char>(size);
+    std::memcpy(static_cast<void*>(place), bytes, sizeof bytes);
+  }
+
+  const Unit* store(const Unit* at, Value* place, const char16_t* units, std::size_t size) {
+    if (size > limits::kStringLength) return source_.fail(at, reason::kTooLong);
+    new (place) Value(String(units, size));
+    return at;
+  }
+  const Unit* storeScratch(const Unit* at, Value* place, const char16_t* out) {
+    return store(at, place, scratch_.begin(), static_cast<std::size_t>(out - scratch_.begin()));
   }
 
   // Escapes
@@ -73,53 +108,45 @@ class TextReader {
     return lower >= Unit{'a'} && lower <= Unit{'f'} ? lower - Unit{'a'} + 10 : -1;
   }
 
-  /// The unit of an escape whose "u" has been passed; negative with the failure noted.
-  int hexUnit(const Unit* escape) {
-    int unit = 0;
-    for (int i = 0; i < 4; ++i, ++cursor_.at) {
-      const int digit = cursor_.at == cursor_.end ? -1 : hexDigit(*cursor_.at);
-      if (digit < 0) {
-        cursor_.at == cursor_.end ? cursor_.unexpected() : cursor_.fail(escape, reason::kEscape);
-        return -1;
-      }
-      unit = unit << 4 | digit;
+  /// The four digits behind "\u" of the escape that begins at `escape`.
+  const Unit* readHex(const Unit* escape, char16_t& unit) {
+    const Unit* at = escape + 2;
+    std::uint32_t collected = 0;
+    for (const Unit* const behind = escape + 6; at != behind; ++at) {
+      const int digit = at == source_.end ? -1 : hexDigit(*at);
+      if (digit < 0) return at == source_.end ? source_.unexpected(at) : source_.fail(escape, reason::kEscape);
+      collected = collected << 4 | static_cast<std::uint32_t>(digit);
     }
-    return unit;
+    unit = static_cast<char16_t>(collected);
+    return at;
   }
 
-  bool readUnicodeEscape(const Unit* escape, char16_t*& out) {
-    const int unit = hexUnit(escape);
-    if (unit < 0) return false;
-    *out++ = static_cast<char16_t>(unit);
-    if (!unicode::isSurrogate(static_cast<char32_t>(unit))) return true;
-    if (!unicode::isHighSurrogate(static_cast<char32_t>(unit))) return cursor_.fail(escape, reason::kUnpaired);
-    const Unit* const second = cursor_.at;
-    if (cursor_.at == cursor_.end) return cursor_.unexpected();
-    if (!cursor_.take('\\')) return cursor_.fail(escape, reason::kUnpaired);
-    if (cursor_.at == cursor_.end) return cursor_.unexpected();
-    if (!cursor_.take('u')) return cursor_.fail(escape, reason::kUnpaired);
-    const int low = hexUnit(second);
-    if (low < 0) return false;
-    if (!unicode::isLowSurrogate(static_cast<char32_t>(low))) return cursor_.fail(escape, reason::kUnpaired);
-    *out++ = static_cast<char16_t>(low);
-    return true;
+  const Unit* readUnicodeEscape(const Unit* escape, char16_t*& out) {
+    const Unit* at = readHex(escape, *out);
+    if (!at || !unicode::isSurrogate(*out++)) return at;
+    if (unicode::isLowSurrogate(out[-1])) return source_.fail(escape, reason::kUnpaired);
+    const Unit* const second = at;
+    for (const char wanted : {'\\', 'u'}) {
+      if (at == source_.end) return source_.unexpected(at);
+      if (*at++ != static_cast<Unit>(wanted)) return source_.fail(escape, reason::kUnpaired);
+    }
+    at = readHex(second, *out);
+    if (at && !unicode::isLowSurrogate(*out)) return source_.fail(escape, reason::kUnpaired);
+    ++out;
+    return at;
   }
 
-  /// Reads the escape at the cursor; `out` has room for two units.
-  bool readEscape(char16_t*& out) {
+  /// Reads the escape at `escape`; `out` has room for two units.
+  const Unit* readEscape(const Unit* escape, char16_t*& out) {
     static constexpr std::string_view kLetters = "\"\\/bfnrt";
     static constexpr char16_t kUnits[] = u"\"\\/\b\f\n\r\t";
-    const Unit* const escape = cursor_.at++;
-    if (cursor_.at == cursor_.end) return cursor_.unexpected();
-    const Unit letter = *cursor_.at;
+    if (escape + 1 == source_.end) return source_.unexpected(escape + 1);
+    const Unit letter = escape[1];
+    if (letter == Unit{'u'}) return readUnicodeEscape(escape, out);
     const std::size_t place = letter < Unit{0x7F} ? kLetters.find(static_cast<char>(letter)) : std::string_view::npos;
-    if (place != std::string_view::npos) {
-      *out++ = kUnits[place];
-      ++cursor_.at;
-      return true;
-    }
-    if (!cursor_.take('u')) return cursor_.fail(escape, reason::kEscape);
-    return readUnicodeEscape(escape, out);
+    if (place == std::string_view::npos) return source_.fail(escape, reason::kEscape);
+    *out++ = kUnits[place];
+    return escape + 2;
   }
 
   // UTF-8
@@ -127,36 +154,32 @@ class TextReader {
   /// Bytes that end a plain run: quotation mark, reverse solidus and controls.
   static bool isSpecial(char byte) { return static_cast<unsigned char>(byte) < 0x20 || byte == '"' || byte == '\\'; }
 
-  static std::uint32_t specialBits(vector::Bytes bytes) {
-    using vector::Bytes;
+  static std::uint32_t specialBits(Bytes bytes) {
     return (equal(bytes, Bytes::splat('"')) | equal(bytes, Bytes::splat('\\')) | atMost(bytes, Bytes::splat(0x1F)))
         .highBits();
   }
 
   /// Copies ASCII up to the first special or other byte; stops early when sixteen bytes are not left.
-  char16_t* copyASCII(char16_t* out) {
-    const char* at = cursor_.at;
-    while (static_cast<std::size_t>(cursor_.end - at) >= vector::kByteLanes) {
+  const char* copyASCII(const char* at, char16_t*& out) {
+    while (source_.left(at) >= vector::kByteLanes) {
       out = scratch_.ensure(out, vector::kByteLanes);
-      const auto bytes = vector::Bytes::load(at);
+      const auto bytes = Bytes::load(at);
       bytes.widenLow().store(out);
       bytes.widenHigh().store(out + vector::kLanes);
       const std::uint32_t stops = specialBits(bytes) | bytes.highBits();
-      const auto count = stops ? static_cast<unsigned>(std::countr_zero(stops)) : vector::kByteLanes;
+      const auto count = stops ? static_cast<std::size_t>(std::countr_zero(stops)) : vector::kByteLanes;
       at += count;
       out += count;
       if (stops) break;
     }
-    cursor_.at = at;
-    return out;
+    return at;
   }
 
-  /// The bytes of the well-formed sequence at the cursor with its scalar, or 0 (Unicode, table 3-7).
-  int decode(char32_t& scalar) const {
-    const char* const at = cursor_.at;
+  /// The bytes of the well-formed sequence at `at` with its scalar, or 0 (Unicode, table 3-7).
+  int decode(const char* at, char32_t& scalar) const {
     const auto lead = static_cast<unsigned char>(*at);
     const int more = lead < 0xC2 || lead > 0xF4 ? 0 : lead < 0xE0 ? 1 : lead < 0xF0 ? 2 : 3;
-    if (more == 0 || cursor_.end - at <= more) return 0;
+    if (more == 0 || source_.end - at <= more) return 0;
     scalar = static_cast<char32_t>(lead & (0x3F >> more));
     for (int i = 1; i <= more; ++i) {
       if ((at[i] & 0xC0) != 0x80) return 0;
@@ -175,110 +198,115 @@ class TextReader {
     return out;
   }
 
-  /// Copies what is not ASCII and single ASCII bytes between; nullptr when the bytes are ill-formed.
-  char16_t* copyOther(char16_t* out) {
-    while (cursor_.at != cursor_.end) {
-      const auto byte = static_cast<unsigned char>(*cursor_.at);
+  /// Copies three-byte sequences, the form of Hangul, kana and Han, up to what is none or needs a closer look.
+  const char* copyThreeByte(const char* at, char16_t*& out) {
+    while (source_.left(at) >= 3) {
+      const auto lead = static_cast<unsigned char>(at[0]);
+      if (lead <= 0xE0 || lead >= 0xED || (at[1] & 0xC0) != 0x80 || (at[2] & 0xC0) != 0x80) break;
+      out = scratch_.ensure(out, 1);
+      *out++ = static_cast<char16_t>((lead & 0x0F) << 12 | (at[1] & 0x3F) << 6 | (at[2] & 0x3F));
+      at += 3;
+    }
+    return at;
+  }
+
+  /// Copies what is not ASCII and single ASCII bytes between.
+  const char* copyOther(const char* at, char16_t*& out) {
+    while (true) {
+      at = copyThreeByte(at, out);
+      if (at == source_.end) return at;
       out = scratch_.ensure(out, 2);
-      if (byte < 0x80) {
-        if (isSpecial(*cursor_.at) || startsASCII()) return out;
-        *out++ = byte;
-        ++cursor_.at;
+      if (static_cast<unsigned char>(*at) < 0x80) {
+        if (isSpecial(*at) || startsASCII(at)) return at;
+        *out++ = static_cast<char16_t>(*at++);
         continue;
       }
       char32_t scalar = 0;
-      const int length = decode(scalar);
-      if (length == 0) return nullptr;
-      cursor_.at += length;
+      const int length = decode(at, scalar);
+      if (length == 0) return source_.fail(at, reason::kUTF8);
+      at += length;
       out = put(out, scalar);
     }
-    return out;
   }
 
   /// Enough ASCII follows for it to be copied in blocks.
-  [[nodiscard]] bool startsASCII() const {
-    if (cursor_.left() < vector::kByteLanes) return false;
+  [[nodiscard]] bool startsASCII(const char* at) const {
+    if (source_.left(at) < vector::kByteLanes) return false;
     std::uint64_t word;
-    std::memcpy(&word, cursor_.at, sizeof word);
+    std::memcpy(&word, at, sizeof word);
     return (word & 0x8080808080808080) == 0;
   }
 
-  bool readUTF8(Value* place) {
+  const char* readUTF8(const char* at, Value* place) {
     char16_t* out = scratch_.begin();
     while (true) {
-      out = copyASCII(out);
-      if (!cursor_.isAt('"')) {
-        out = copyOther(out);
-        if (!out) return cursor_.fail(cursor_.at, reason::kUTF8);
-      }
-      if (cursor_.take('"')) return storeScratch(place, out);
-      if (cursor_.isAt('\\')) {
+      at = copyASCII(at, out);
+      if (!source_.isAt(at, '"')) at = copyOther(at, out);
+      if (!at) return nullptr;
+      if (source_.isAt(at, '"')) return storeScratch(at + 1, place, out);
+      if (source_.isAt(at, '\\')) {
         out = scratch_.ensure(out, 2);
-        if (!readEscape(out)) return false;
-      } else if (cursor_.at == cursor_.end || static_cast<unsigned char>(*cursor_.at) < 0x20) {
-        return cursor_.unexpected(reason::kControl);
+        at = readEscape(at, out);
+        if (!at) return nullptr;
+      } else if (at == source_.end || isSpecial(*at)) {
+        return source_.unexpected(at, reason::kControl);
       }
     }
   }
 
   // UTF-16
 
-  static bool endsRun(char16_t unit) {
+  static Units stopsOf(Units units) {
+    return equal(units, Units::splat(u'"')) | equal(units, Units::splat(u'\\')) | atMost(units, Units::splat(0x1F)) |
+           vector::inRange(units, 0xD800, 0x7FF);
+  }
+  static bool isStop(char16_t unit) {
     return unit < 0x20 || unit == u'"' || unit == u'\\' || unicode::isSurrogate(unit);
   }
 
   static const char16_t* endOfPlain(const char16_t* at, const char16_t* end) {
-    using vector::Units;
     for (; static_cast<std::size_t>(end - at) >= vector::kLanes; at += vector::kLanes) {
-      const Units units = Units::load(at);
-      const Units stops = equal(units, Units::splat(u'"')) | equal(units, Units::splat(u'\\')) |
-                          atMost(units, Units::splat(0x1F)) | vector::inRange(units, 0xD800, 0x7FF);
-      if (!stops.noneSet()) return at + stops.lanesSet().first();
+      const vector::Lanes stops = stopsOf(Units::load(at)).lanesSet();
+      if (stops.any()) return at + stops.first();
     }
-    while (at != end && !endsRun(*at)) ++at;
+    while (at != end && !isStop(*at)) ++at;
     return at;
   }
 
-  /// Moves to what ends a run of units that stand for themselves; paired surrogates belong to the run.
-  void skipRun() {
-    const char16_t* at = cursor_.at;
+  /// The end of a run of units that stand for themselves; paired surrogates belong to it.
+  const char16_t* endOfRun(const char16_t* at) const {
     while (true) {
-      at = endOfPlain(at, cursor_.end);
-      if (cursor_.end - at < 2 || !unicode::isHighSurrogate(at[0]) || !unicode::isLowSurrogate(at[1])) break;
+      at = endOfPlain(at, source_.end);
+      if (source_.left(at) < 2 || !unicode::isHighSurrogate(at[0]) || !unicode::isLowSurrogate(at[1])) return at;
       at += 2;
     }
-    cursor_.at = at;
   }
 
-  bool readUTF16(Value* place) {
-    const char16_t* const from = cursor_.at;
-    skipRun();
-    const auto size = static_cast<std::size_t>(cursor_.at - from);
-    if (cursor_.take('"')) return store(place, from, size);
-    char16_t* out = scratch_.ensure(scratch_.begin(), size);
-    std::memcpy(out, from, size * sizeof(char16_t));
-    return readPieces(place, out + size);
+  const char16_t* readUTF16(const char16_t* from, Value* place) {
+    const char16_t* at = endOfRun(from);
+    if (source_.isAt(at, '"')) return store(at + 1, place, from, static_cast<std::size_t>(at - from));
+    return readPieces(from, at, place);
   }
 
-  bool readPieces(Value* place, char16_t* out) {
-    while (!cursor_.take('"')) {
-      if (!cursor_.isAt('\\')) {
-        return cursor_.unexpected(cursor_.at != cursor_.end && *cursor_.at < 0x20 ? reason::kControl
-                                                                                  : reason::kUnpaired);
-      }
-      out = scratch_.ensure(out, 2);
-      if (!readEscape(out)) return false;
-      const char16_t* const from = cursor_.at;
-      skipRun();
-      const auto size = static_cast<std::size_t>(cursor_.at - from);
-      out = scratch_.ensure(out, size);
+  /// A string with escapes: the run of units from `from` to `at`, then escapes and runs in turn.
+  const char16_t* readPieces(const char16_t* from, const char16_t* at, Value* place) {
+    char16_t* out = scratch_.begin();
+    while (true) {
+      const auto size = static_cast<std::size_t>(at - from);
+      out = scratch_.ensure(out, size + 2);
       std::memcpy(out, from, size * sizeof(char16_t));
       out += size;
+      if (source_.isAt(at, '"')) return storeScratch(at + 1, place, out);
+      if (!source_.isAt(at, '\\')) {
+        return source_.unexpected(at, at != source_.end && *at < 0x20 ? reason::kControl : reason::kUnpaired);
+      }
+      from = readEscape(at, out);
+      if (!from) return nullptr;
+      at = endOfRun(from);
     }
-    return storeScratch(place, out);
   }
 
-  Cursor<Unit>& cursor_;
+  Source<Unit>& source_;
   Scratch scratch_;
 };
 

@@ -12,7 +12,7 @@ namespace detail {
 namespace {
 
 // A dictionary up to this size is looked through; a larger one has an index.
-constexpr std::size_t kIndexFrom = 9;
+constexpr std::size_t kIndexFrom = 17;
 constexpr std::uint64_t kUpperHalf = 0xFFFFFFFF00000000;
 
 thread_local Block* waiting = nullptr;

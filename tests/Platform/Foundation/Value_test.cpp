@@ -73,7 +73,7 @@ TEST(Value, CopiesShareUntilOneIsChanged) {
 }
 
 TEST(Dictionary, KeepsOrderAndFindsAcrossTheSizeWhereItIsIndexed) {
-  for (const int count : {1, 8, 9, 10, 33, 1000}) {
+  for (const int count : {1, 16, 17, 18, 33, 1000}) {
     Dictionary entries;
     for (int i = 0; i < count; ++i) entries.set(i, i);
     const Dictionary whole = entries;
