@@ -19,6 +19,8 @@ inline constexpr std::size_t kFormatLength = 64 * 1024 * 1024;
 inline constexpr std::chrono::milliseconds kRegularExpressionTime{250};
 /// Memory that the backtracking of one regular-expression call may take, then it answers "no match".
 inline constexpr std::int32_t kRegularExpressionBytes = 64 * 1024 * 1024;
+/// Memory of the matches with all their groups that one regular-expression call answers, else it answers "no match".
+inline constexpr std::size_t kRegularExpressionMatchBytes = 256 * 1024 * 1024;
 /// Compiled patterns that are kept for the next call, in all threads together.
 inline constexpr std::size_t kRegularExpressionCache = 64;
 /// UTF-16 units of the longest pattern that is compiled; a longer one counts as a pattern that does not compile.

@@ -47,6 +47,9 @@ class NSRegularExpression {
   /// The ranges of the whole matches alone: no allocation for each match, and a fast path for literal patterns that
   /// answers the same.
   [[nodiscard]] std::vector<NSRange> matchRanges(StringView text, Outcome* outcome = nullptr) const;
+  /// The ranges of one capture group in each match, in order; not found where it took no part. `group` is at most
+  /// `groupCount()`.
+  [[nodiscard]] std::vector<NSRange> groupRanges(StringView text, std::size_t group, Outcome* outcome = nullptr) const;
   /// True when there is at least one match; stops at the first.
   [[nodiscard]] bool hasMatch(StringView text, Outcome* outcome = nullptr) const;
   [[nodiscard]] std::optional<NSRange> firstMatch(StringView text, NSRange range) const;
