@@ -25,6 +25,40 @@ void forEachPiece(StringView text, const AnyOf& characters, Piece piece) {
 }
 
 constexpr StringView kEmptyCharacters = u"\r\t";
+constexpr StringView kNoBreakSpace = u"\u00A0";
+
+/// The text without characters, which must have at least one of them.
+String without(StringView text, const AnyOf& characters) {
+  return String::build(text.size(), [&](char16_t* const start) {
+    char16_t* out = start;
+    forEachPiece(text, characters, [&out](StringView piece) {
+      std::memcpy(out, piece.data(), piece.size() * sizeof(char16_t));
+      out += piece.size();
+    });
+    return static_cast<std::size_t>(out - start);
+  });
+}
+
+/// What `trimmedString()` leaves, as a view: units are copied only when a no-break space stands between others.
+class Trimmed {
+ public:
+  explicit Trimmed(StringView text) : view_(trimmedOfWhitespace(text)) {
+    // No-break spaces at the ends are white space, and go with it whether they are removed first or not.
+    if (unicode::findUnit(view_, kNoBreakSpace[0]) != unicode::kInvalid) {
+      copy_ = without(view_, AnyOf(kNoBreakSpace));
+      view_ = copy_;
+    }
+    view_ = trimmed(view_, NSCharacterSet::control());
+  }
+  Trimmed(const Trimmed&) = delete;
+  Trimmed& operator=(const Trimmed&) = delete;
+
+  [[nodiscard]] StringView view() const { return view_; }
+
+ private:
+  String copy_;
+  StringView view_;
+};
 
 }  // namespace
 
@@ -32,10 +66,12 @@ bool StringExtension::isEmpty(StringView text) { return isBlankText(text); }
 bool StringExtension::isNotEmpty(StringView text) { return !isBlankText(text); }
 
 bool StringExtension::isEqualString(StringView lhs, StringView rhs) {
-  if (isBlankText(lhs) || isBlankText(rhs)) return isBlankText(lhs) && isBlankText(rhs);
-  const std::optional<String> left = trimmedString(lhs);
-  const std::optional<String> right = trimmedString(rhs);
-  return left && right && isCanonicallyEqual(*left, *right);
+  const bool isLeftBlank = isBlankText(lhs);
+  const bool isRightBlank = isBlankText(rhs);
+  if (isLeftBlank || isRightBlank) return isLeftBlank && isRightBlank;
+  const Trimmed left(lhs);
+  const Trimmed right(rhs);
+  return !left.view().isEmpty() && !right.view().isEmpty() && isCanonicallyEqual(left.view(), right.view());
 }
 
 String localized(const String& text) {
@@ -52,16 +88,8 @@ String localizedFormat(const String& text, std::span<const Value> arguments) {
 }
 
 std::optional<String> trimmedString(StringView text) {
-  constexpr char16_t kNoBreakSpace = 0xA0;
-  if (text.isNil()) return nil;
-  String removed;
-  if (unicode::findUnit(text, kNoBreakSpace) != unicode::kInvalid) {
-    removed = separatedBy(String(text), u"\u00A0");
-    text = removed;
-  }
-  text = trimmed(trimmedOfWhitespace(text), NSCharacterSet::control());
-  if (text.isEmpty()) return nil;
-  return String(text);
+  const StringView left = Trimmed(text).view();
+  return left.isEmpty() ? std::nullopt : std::optional(String(left));
 }
 
 std::size_t count(StringView text) { return countOfClusters(text); }
@@ -84,15 +112,7 @@ StringView nsSubstringTo(StringView text, std::int64_t to) {
 String separatedBy(const String& text, StringView characters) {
   const AnyOf any(characters);
   std::size_t length = 0;
-  if (any.find(text, 0, length) == text.size()) return text;
-  return String::build(text.size(), [&](char16_t* const start) {
-    char16_t* out = start;
-    forEachPiece(text, any, [&out](StringView piece) {
-      std::memcpy(out, piece.data(), piece.size() * sizeof(char16_t));
-      out += piece.size();
-    });
-    return static_cast<std::size_t>(out - start);
-  });
+  return any.find(text, 0, length) == text.size() ? text : without(text, any);
 }
 
 String separatedEmptyCharacters(const String& text) { return separatedBy(text, kEmptyCharacters); }

@@ -26,13 +26,6 @@ struct NSCharacterSet::Members {
     if (!plane) plane = std::make_shared<Plane>();
     bitWord(*std::const_pointer_cast<Plane>(plane), scalar) |= std::uint64_t{1} << (scalar % 64);
   }
-  void drop(char32_t scalar) {
-    auto& plane = planes[scalar / kPlaneSize];
-    if (!plane) return;
-    auto copy = std::make_shared<Plane>(*plane);
-    bitWord(*copy, scalar) &= ~(std::uint64_t{1} << (scalar % 64));
-    plane = std::move(copy);
-  }
   static std::uint64_t& bitWord(Plane& plane, char32_t scalar) { return plane[scalar % kPlaneSize / 64]; }
 
   template <class Combine>
@@ -50,16 +43,20 @@ struct NSCharacterSet::Members {
   }
 
   static std::shared_ptr<Members> ofCategories(std::uint32_t categories) {
+    struct Context {
+      Members& members;
+      std::uint32_t wanted;
+    };
     auto result = std::make_shared<Members>();
+    const Context context{*result, categories};
     u_enumCharTypes(
-        [](const void* context, UChar32 start, UChar32 limit, UCharCategory type) -> UBool {
-          const auto& [members, wanted] = *static_cast<const std::pair<Members*, std::uint32_t>*>(context);
-          if ((U_MASK(type) & wanted) != 0) {
-            for (UChar32 scalar = start; scalar < limit; ++scalar) members->add(static_cast<char32_t>(scalar));
-          }
+        [](const void* opaque, UChar32 start, UChar32 limit, UCharCategory type) -> UBool {
+          const auto& [members, wanted] = *static_cast<const Context*>(opaque);
+          if ((U_MASK(type) & wanted) == 0) return true;
+          for (UChar32 scalar = start; scalar < limit; ++scalar) members.add(static_cast<char32_t>(scalar));
           return true;
         },
-        std::make_unique<std::pair<Members*, std::uint32_t>>(result.get(), categories).get());
+        &context);
     return result;
   }
   static std::shared_ptr<Members> ofText(StringView text) {
@@ -136,6 +133,26 @@ bool NSCharacterSet::contains(char32_t scalar) const {
   return plane && ((*plane)[scalar % kPlaneSize / 64] >> (scalar % 64) & 1) != 0;
 }
 
+std::size_t NSCharacterSet::find(StringView text, std::size_t from, std::size_t& length) const {
+  const Plane* const basic = members_->planes[0].get();
+  length = 1;
+  while (from < text.size()) {
+    const char16_t unit = text[from];
+    if (!unicode::isSurrogate(unit)) {
+      if (basic && ((*basic)[unit / 64] >> (unit % 64) & 1) != 0) return from;
+      ++from;
+      continue;
+    }
+    std::size_t next = from;
+    const bool isMember = contains(unicode::nextScalar(text, next));
+    length = next - from;
+    if (isMember) return from;
+    length = 1;
+    from = next;
+  }
+  return from;
+}
+
 NSCharacterSet NSCharacterSet::inverted() const {
   return NSCharacterSet(Members::combined(*members_, *members_, [](std::uint64_t a, std::uint64_t) { return ~a; }));
 }
@@ -148,9 +165,8 @@ NSCharacterSet NSCharacterSet::intersectionWith(const NSCharacterSet& other) con
       Members::combined(*members_, *other.members_, [](std::uint64_t a, std::uint64_t b) { return a & b; }));
 }
 NSCharacterSet NSCharacterSet::removing(StringView text) const {
-  auto result = std::make_shared<Members>(*members_);
-  for (std::size_t i = 0; i < text.size();) result->drop(unicode::nextScalar(text, i));
-  return NSCharacterSet(std::move(result));
+  return NSCharacterSet(
+      Members::combined(*members_, *Members::ofText(text), [](std::uint64_t a, std::uint64_t b) { return a & ~b; }));
 }
 
 bool operator==(const NSCharacterSet& a, const NSCharacterSet& b) {

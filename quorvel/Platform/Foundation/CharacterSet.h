@@ -31,6 +31,8 @@ class NSCharacterSet {
   [[nodiscard]] static const NSCharacterSet& urlFragmentAllowed();
 
   [[nodiscard]] bool contains(char32_t scalar) const;
+  /// The first place at or after `from` where a member begins, or the text's size; `length` becomes the member's units.
+  [[nodiscard]] std::size_t find(StringView text, std::size_t from, std::size_t& length) const;
   [[nodiscard]] NSCharacterSet inverted() const;
   [[nodiscard]] NSCharacterSet unionWith(const NSCharacterSet& other) const;
   [[nodiscard]] NSCharacterSet intersectionWith(const NSCharacterSet& other) const;

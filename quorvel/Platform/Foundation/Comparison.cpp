@@ -1,221 +1,149 @@
 #include <algorithm>
 #include <optional>
-#include <vector>
 
-#include <unicode/uchar.h>
-#include <unicode/unorm2.h>
+#include <unicode/unorm.h>
 #include <unicode/ustring.h>
 
+#include <quorvel/Platform/Foundation/CanonicalText.h>
 #include <quorvel/Platform/Foundation/Comparison.h>
+#include <quorvel/Platform/Foundation/LinearSearch.h>
 #include <quorvel/Platform/Foundation/Log.h>
-#include <quorvel/Platform/Foundation/UnitScan.h>
 
 namespace quorvel {
 namespace {
 
-using unitscan::isSyllableOrIdeograph;
-using vector::Units;
-
-const UNormalizer2* decomposition() {
-  UErrorCode status = U_ZERO_ERROR;
-  return unorm2_getNFDInstance(&status);
-}
+using linear::NoFold;
+using plain::SimpleFold;
 
 std::int32_t sizeOf(StringView text) {
   contract(text.size() <= INT32_MAX, "Comparison", "a text of more than 2^31 units");
   return static_cast<std::int32_t>(text.size());
 }
 
-std::weak_ordering orderOf(int comparison) { return comparison <=> 0; }
+/// Units that decompose to starters only, so that nothing after them changes how they are ordered.
+constexpr bool isDecisive(char16_t unit) { return unit < 0x80 || unitscan::isSyllableOrIdeograph(unit); }
 
-/// A unit that no normalisation changes, that combines with nothing before it, and that folds to itself but for A to Z.
-/// Texts that first differ before such units are ordered by them.
-constexpr bool isPlain(char16_t unit) { return unit < 0x80; }
-
-/// The order of two texts from `from` on, where both hold plain units or one has ended; nothing when more must be
-/// known.
-std::optional<std::weak_ordering> plainOrder(StringView a, StringView b, std::size_t from, bool ignoresCase) {
-  const auto fold = [ignoresCase](char16_t unit) { return ignoresCase ? unitscan::foldASCII(unit) : unit; };
-  if (from < a.size() && from < b.size()) {
-    if (!isPlain(a[from]) || !isPlain(b[from])) return std::nullopt;
-    return fold(a[from]) <=> fold(b[from]);
+/// The canonical decomposition of a decisive unit.
+struct Decomposed {
+  explicit Decomposed(char16_t unit) : units{unit} {
+    if (unit < 0xAC00 || unit > 0xD7A3) return;
+    const int index = unit - 0xAC00;  // Unicode, chapter 3.12
+    units[0] = static_cast<char16_t>(0x1100 + index / 588);
+    units[1] = static_cast<char16_t>(0x1161 + index % 588 / 28);
+    count = 2;
+    if (index % 28 != 0) units[count++] = static_cast<char16_t>(0x11A7 + index % 28);
   }
-  const StringView longer = from < a.size() ? a : b;
-  if (from < longer.size() && !isPlain(longer[from]) && !isSyllableOrIdeograph(longer[from])) return std::nullopt;
-  return a.size() <=> b.size();
-}
+  [[nodiscard]] StringView view() const { return StringView(units, count); }
 
-/// Units at the start that are the same, or the same but for the case of ASCII letters.
-std::size_t commonPrefixIgnoringASCIICase(StringView a, StringView b) {
+  char16_t units[3];
+  std::size_t count = 1;
+};
+
+template <class Fold>
+std::size_t commonPrefix(StringView a, StringView b) {
   const std::size_t count = std::min(a.size(), b.size());
-  using unitscan::foldASCII;
   std::size_t i = 0;
   for (; i + vector::kLanes <= count; i += vector::kLanes) {
-    const vector::Lanes same =
-        equal(foldASCII(Units::load(a.data() + i)), foldASCII(Units::load(b.data() + i))).lanesSet();
+    const auto left = Fold::fold(vector::Units::load(a.data() + i));
+    const auto right = Fold::fold(vector::Units::load(b.data() + i));
+    const vector::Lanes same = equal(left, right).lanesSet();
     if (!same.all()) return i + static_cast<std::size_t>(std::countr_one(same.bits));
   }
-  while (i < count && foldASCII(a[i]) == foldASCII(b[i])) ++i;
+  while (i < count && Fold::fold(a[i]) == Fold::fold(b[i])) ++i;
   return i;
 }
 
-std::optional<std::weak_ordering> orderWithNil(StringView a, StringView b) {
-  if (!a.isNil() && !b.isNil()) return std::nullopt;
-  return static_cast<int>(!a.isNil()) <=> static_cast<int>(!b.isNil());
+/// The order of two texts that first differ at `at`, from the units there; nothing when more must be known.
+template <class Fold>
+std::optional<std::weak_ordering> orderAt(StringView a, StringView b, std::size_t at) {
+  if (at == a.size() || at == b.size()) {
+    const StringView longer = at < a.size() ? a : b;
+    if (at < longer.size() && !isDecisive(longer[at])) return std::nullopt;
+    return a.size() <=> b.size();
+  }
+  if (!isDecisive(a[at]) || !isDecisive(b[at])) return std::nullopt;
+  const Decomposed left(Fold::fold(a[at]));
+  const Decomposed right(Fold::fold(b[at]));
+  const std::size_t common = std::min(left.count, right.count);
+  const auto order = left.view().sub(0, common) <=> right.view().sub(0, common);
+  if (order != 0) return order;
+  // A syllable and the same with a final consonant: what follows the shorter is held against that consonant.
+  const bool isLeftShorter = left.count < right.count;
+  const StringView rest = (isLeftShorter ? a : b).sub(at + 1, 1);
+  const auto whenLeftIsShorter = [=](std::weak_ordering shorter) { return isLeftShorter ? shorter : 0 <=> shorter; };
+  if (rest.isEmpty()) return whenLeftIsShorter(std::weak_ordering::less);
+  if (!isDecisive(rest[0])) return std::nullopt;
+  const char16_t final = (isLeftShorter ? right : left).units[common];
+  return whenLeftIsShorter(Decomposed(Fold::fold(rest[0])).units[0] <=> final);
 }
 
 std::weak_ordering compareByICU(StringView a, StringView b, std::uint32_t options) {
   UErrorCode status = U_ZERO_ERROR;
-  const int order = unorm_compare(a.data(), sizeOf(a), b.data(), sizeOf(b), options, &status);
-  return orderOf(order);
+  return unorm_compare(a.data(), sizeOf(a), b.data(), sizeOf(b), options, &status) <=> 0;
 }
 
-// Search
-
-/// Units of text in composed form already, between which there is always a boundary of composed sequences: canonical
-/// equivalence among texts of them is equality.
-constexpr bool isComposedAlone(char16_t unit) { return unit < 0x300 || isSyllableOrIdeograph(unit); }
-Units areComposedAlone(Units units) {
-  return atMost(units, Units::splat(0x2FF)) | unitscan::syllablesOrIdeographs(units);
-}
-bool isAllComposedAlone(StringView text) {
-  return unitscan::leading(text, areComposedAlone, isComposedAlone) == text.size();
+template <class Fold>
+std::weak_ordering compare(StringView a, StringView b, std::uint32_t options) {
+  if (a.isNil() || b.isNil()) return static_cast<int>(!a.isNil()) <=> static_cast<int>(!b.isNil());
+  std::size_t at = commonPrefix<Fold>(a, b);
+  if (const auto order = orderAt<Fold>(a, b, at)) return *order;
+  // What stands before the sequences that differ has no part in it.
+  while (!isSequenceBoundary(a, at) || !isSequenceBoundary(b, at)) --at;
+  return compareByICU(a.sub(at), b.sub(at), options);
 }
 
-/// True when a composed sequence may begin with the scalar, so that it belongs to nothing before it.
-bool beginsSequence(char32_t scalar) {
-  if (scalar < 0x300 || isSyllableOrIdeograph(scalar)) return true;
-  const auto code = static_cast<UChar32>(scalar);
-  return (U_GET_GC_MASK(code) & U_GC_M_MASK) == 0 && unorm2_hasBoundaryBefore(decomposition(), code) &&
-         u_getIntPropertyValue(code, UCHAR_HANGUL_SYLLABLE_TYPE) != U_HST_VOWEL_JAMO &&
-         u_getIntPropertyValue(code, UCHAR_HANGUL_SYLLABLE_TYPE) != U_HST_TRAILING_JAMO;
+/// The needle with simple case folded, for the search by units; ours is on the stack up to 120 units.
+template <class Fold>
+void appendFolded(StringView needle, StringBuilder& out) {
+  char16_t* units = out.extend(needle.size());
+  for (const char16_t unit : needle.units()) *units++ = Fold::fold(unit);
 }
 
-/// True when no composed sequence of the text reaches across `index`.
-bool isBoundary(StringView text, std::size_t index) {
-  if (index == 0 || index >= text.size()) return true;
-  if (unicode::isLowSurrogate(text[index]) && unicode::isHighSurrogate(text[index - 1])) return false;
-  return beginsSequence(unicode::nextScalar(text, index));
+NSRange findCanonical(StringView text, StringView needle, bool ignoresCase) {
+  const CanonicalText haystack(text, ignoresCase);
+  const CanonicalText wanted(needle, ignoresCase);
+  const std::size_t size = wanted.view().size();
+  const std::size_t hit = linear::find<NoFold>(haystack.view(), wanted.view(), 0, [&](std::size_t place) {
+    return haystack.originalOf(place) && haystack.originalOf(place + size);
+  });
+  if (hit == linear::kNowhere) return NSRange::notFound();
+  const std::size_t start = *haystack.originalOf(hit);
+  return {start, *haystack.originalOf(hit + size) - start};
 }
 
-/// The first place where the needle stands unit for unit and splits no sequence.
-NSRange findWhole(StringView text, StringView needle) {
-  for (std::size_t at = 0; (at = unicode::findLiteral(text, needle, at)) != unicode::kInvalid; ++at) {
-    if (isBoundary(text, at) && isBoundary(text, at + needle.size())) return {at, needle.size()};
-  }
-  return NSRange::notFound();
-}
-
-/// A text in a form in which equivalent texts are equal, and where in the original each of its sequences came from.
-class Equivalent {
- public:
-  Equivalent(StringView text, bool ignoresCase) : text_(text), ignoresCase_(ignoresCase) {
-    units_.reserve(text.size() + 8);
-    for (std::size_t start = 0; start < text.size();) {
-      std::size_t end = start + 1;
-      while (!isBoundary(text, end)) ++end;
-      starts_.push_back({units_.size(), start});
-      appendSequence(text.sub(start, end - start));
-      start = end;
-    }
-    starts_.push_back({units_.size(), text.size()});
-  }
-
-  [[nodiscard]] StringView view() const { return StringView(units_.data(), units_.size()); }
-
-  /// The original place of a sequence that begins at `unit`, or nothing when none does.
-  [[nodiscard]] std::optional<std::size_t> originalOf(std::size_t unit) const {
-    const auto found = std::ranges::lower_bound(starts_, unit, {}, &Start::unit);
-    if (found == starts_.end() || found->unit != unit) return std::nullopt;
-    return found->original;
-  }
-
- private:
-  struct Start {
-    std::size_t unit;
-    std::size_t original;
-  };
-
-  void appendSequence(StringView sequence) {
-    if (sequence.size() == 1 && sequence[0] < 0x80) {
-      units_.push_back(ignoresCase_ ? unitscan::foldASCII(sequence[0]) : sequence[0]);
-      return;
-    }
-    std::u16string form = decomposed({sequence.data(), sequence.size()});
-    // Folding may compose and decompose again; the fold of a decomposed text, decomposed, is the caseless form
-    // (Unicode, definition D145).
-    if (ignoresCase_) form = decomposed(folded(form));
-    units_ += form;
-  }
-  static std::u16string decomposed(std::u16string_view text) {
-    UErrorCode status = U_ZERO_ERROR;
-    std::u16string form(text.size() * 18, u'\0');  // no scalar decomposes to more than 18 units
-    const int32_t size = unorm2_normalize(decomposition(), text.data(), static_cast<int32_t>(text.size()), form.data(),
-                                          static_cast<int32_t>(form.size()), &status);
-    form.resize(static_cast<std::size_t>(size));
-    return form;
-  }
-  static std::u16string folded(std::u16string_view text) {
-    UErrorCode status = U_ZERO_ERROR;
-    std::u16string form(text.size() * 3, u'\0');  // no scalar folds to more than three units
-    const int32_t size = u_strFoldCase(form.data(), static_cast<int32_t>(form.size()), text.data(),
-                                       static_cast<int32_t>(text.size()), U_FOLD_CASE_DEFAULT, &status);
-    form.resize(static_cast<std::size_t>(size));
-    return form;
-  }
-
-  StringView text_;
-  bool ignoresCase_;
-  std::u16string units_;
-  std::vector<Start> starts_;
-};
-
+/// `Plain` is the class of units for which `Fold` is all there is to equivalence.
+template <class Plain, class Fold>
 NSRange findEquivalent(StringView text, StringView needle, bool ignoresCase) {
-  const Equivalent haystack(text, ignoresCase);
-  const Equivalent wanted(needle, ignoresCase);
-  if (wanted.view().isEmpty()) return NSRange::notFound();
-  for (std::size_t at = 0; (at = unicode::findLiteral(haystack.view(), wanted.view(), at)) != unicode::kInvalid; ++at) {
-    const std::optional<std::size_t> start = haystack.originalOf(at);
-    const std::optional<std::size_t> end = haystack.originalOf(at + wanted.view().size());
-    if (start && end) return {*start, *end - *start};
-  }
-  return NSRange::notFound();
+  if (text.isNil() || needle.isEmpty()) return NSRange::notFound();
+  StringBuilder folded;
+  appendFolded<Fold>(needle, folded);
+  const std::size_t hit = linear::find<Fold>(text, folded.view(), 0, [&](std::size_t place) {
+    return isSequenceBoundary(text, place) && isSequenceBoundary(text, place + needle.size());
+  });
+  const NSRange range = hit == linear::kNowhere ? NSRange::notFound() : NSRange{hit, needle.size()};
+  // Another form of the needle may stand before this hit, unless all units up to its end are plain.
+  const StringView before = hit == linear::kNowhere ? text : text.sub(0, hit + needle.size());
+  const auto isPlain = [](StringView part) { return plain::leading<Plain>(part) == part.size(); };
+  if (hit == 0 || (isPlain(needle) && isPlain(before))) return range;
+  return findCanonical(before, needle, ignoresCase);
 }
 
 }  // namespace
 
-bool isCanonicallyEqual(StringView a, StringView b) {
-  if (a.isNil() || b.isNil()) return a.isNil() && b.isNil();
-  const std::size_t common = unicode::commonPrefix(a.data(), b.data(), std::min(a.size(), b.size()));
-  if (const auto order = plainOrder(a, b, common, false)) return *order == 0;
-  return compareByICU(a, b, 0) == 0;
-}
+bool isCanonicallyEqual(StringView a, StringView b) { return compare<NoFold>(a, b, 0) == 0; }
 
-std::weak_ordering compareCanonical(StringView a, StringView b) {
-  if (const auto order = orderWithNil(a, b)) return *order;
-  const std::size_t common = unicode::commonPrefix(a.data(), b.data(), std::min(a.size(), b.size()));
-  if (const auto order = plainOrder(a, b, common, false)) return *order;
-  return compareByICU(a, b, 0);
-}
+std::weak_ordering compareCanonical(StringView a, StringView b) { return compare<NoFold>(a, b, 0); }
 
 std::weak_ordering caseInsensitiveCompare(StringView a, StringView b) {
-  if (const auto order = orderWithNil(a, b)) return *order;
-  const std::size_t common = commonPrefixIgnoringASCIICase(a, b);
-  if (const auto order = plainOrder(a, b, common, true)) return *order;
-  return compareByICU(a, b, U_COMPARE_IGNORE_CASE);
+  return compare<SimpleFold>(a, b, U_COMPARE_IGNORE_CASE);
 }
 
 NSRange rangeOfString(StringView text, StringView needle) {
-  if (text.isNil() || needle.isEmpty()) return NSRange::notFound();
-  const NSRange literal = findWhole(text, needle);
-  // Equivalent forms may stand before a literal hit; texts that are composed already have none.
-  if (literal.location == 0 || (isAllComposedAlone(needle) && isAllComposedAlone(text))) return literal;
-  return findEquivalent(text, needle, false);
+  return findEquivalent<plain::Composed, NoFold>(text, needle, false);
 }
 
 NSRange rangeOfStringCaseInsensitive(StringView text, StringView needle) {
-  if (text.isNil() || needle.isEmpty()) return NSRange::notFound();
-  return findEquivalent(text, needle, true);
+  return findEquivalent<plain::Caseless, SimpleFold>(text, needle, true);
 }
 
 }  // namespace quorvel

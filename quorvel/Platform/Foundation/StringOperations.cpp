@@ -1,81 +1,158 @@
 #include <algorithm>
 
 #include <unicode/ubrk.h>
+#include <unicode/uchar.h>
 #include <unicode/ustring.h>
 
 #include <quorvel/Platform/Foundation/Log.h>
+#include <quorvel/Platform/Foundation/PlainUnits.h>
 #include <quorvel/Platform/Foundation/StringOperations.h>
-#include <quorvel/Platform/Foundation/UnitScan.h>
 
 namespace quorvel {
 namespace {
 
-using unitscan::isSyllableOrIdeograph;
 using vector::Units;
 
-/// Calls `piece(begin, end)` for each piece between members of the set.
+/// Calls `piece(view)` for each piece between members of the set.
 template <class Piece>
 void forEachPiece(StringView text, const NSCharacterSet& set, Piece piece) {
   std::size_t start = 0;
-  for (std::size_t i = 0; i < text.size();) {
-    const std::size_t at = i;
-    if (!set.contains(unicode::nextScalar(text, i))) continue;
-    piece(text.sub(start, at - start));
-    start = i;
+  while (true) {
+    std::size_t length = 0;
+    const std::size_t found = set.find(text, start, length);
+    piece(text.sub(start, found - start));
+    if (found == text.size()) return;
+    start = found + length;
   }
-  piece(text.sub(start));
 }
 
-constexpr bool isASCII(char16_t unit) { return unit < 0x80; }
+String ownedOr(const String* owner, StringView text) { return owner ? *owner : String(text); }
 
-/// Maps ASCII letters and copies what has no case; the number of units done before the first that needs more.
-template <char16_t kFirst>
-std::size_t mapSimpleCase(StringView text, char16_t* out) {
-  const auto map = [](char16_t unit) {
-    const bool isLetter = unit >= kFirst && unit < kFirst + 26;
-    return static_cast<char16_t>(isLetter ? unit ^ 0x20 : unit);
-  };
+/// Lower case where it is one unit for one and has no conditions.
+struct PlainLower {
+  template <class UnitOrUnits>
+  [[nodiscard]] static UnitOrUnits map(UnitOrUnits units) {
+    return plain::SimpleFold::fold(units);
+  }
+  [[nodiscard]] static bool has(char16_t unit) { return unit < 0x100 || plain::isInPlainRanges(unit); }
+  [[nodiscard]] static Units has(Units units) {
+    const Units latin = atMost(units, Units::splat(0xFF));
+    return latin.lanesSet().all() ? latin : latin | plain::areInPlainRanges(units);
+  }
+  /// Maps all scalars at the start that are not plain.
+  [[nodiscard]] static std::size_t mapOthers(StringView text, StringBuilder& out) {
+    std::size_t end = 0;
+    while (end < text.size() && !has(text[end])) {
+      const char32_t scalar = unicode::nextScalar(text, end);
+      if (scalar == 0x130) {  // the one small form of two units, without regard to a final sigma
+        out.append(u"i\u0307");
+      } else {
+        out.appendScalar(static_cast<char32_t>(u_tolower(static_cast<UChar32>(scalar))));
+      }
+    }
+    return end;
+  }
+};
+
+/// Upper case where it is one unit for one.
+struct PlainUpper {
+  [[nodiscard]] static char16_t map(char16_t unit) { return unit == 0xF7 ? unit : plain::SimpleFold::other(unit); }
+  [[nodiscard]] static Units map(Units units) {
+    const Units by20 = vector::inRange(units, u'a', 25) | vector::inRange(units, 0x430, 0x1F) |
+                       (vector::inRange(units, 0xE0, 0x1E) - equal(units, Units::splat(0xF7)));
+    return units - (by20 & Units::splat(0x20)) - (vector::inRange(units, 0x450, 0x0F) & Units::splat(0x50));
+  }
+  [[nodiscard]] static bool has(char16_t unit) { return plain::Caseless::has(unit) && unit != 0xFF; }
+  [[nodiscard]] static Units has(Units units) {
+    const Units latin = atMost(units, Units::splat(0x7F));
+    if (latin.lanesSet().all()) return latin;
+    return plain::Caseless::has(units) - equal(units, Units::splat(0xFF));
+  }
+  [[nodiscard]] static std::size_t mapOthers(StringView text, StringBuilder& out) {
+    std::size_t end = 0;
+    while (end < text.size() && !has(text[end])) static_cast<void>(unicode::nextScalar(text, end));
+    contract(end <= INT32_MAX / 3, "uppercased", "a text of more than 2^29 units");
+    const std::size_t start = out.size();
+    char16_t* place = out.extend(end * 3);  // no scalar has more than three capitals
+    UErrorCode status = U_ZERO_ERROR;
+    const std::int32_t size = u_strToUpper(place, static_cast<std::int32_t>(end * 3), text.data(),
+                                           static_cast<std::int32_t>(end), "", &status);
+    out.truncate(start + static_cast<std::size_t>(size));
+    return end;
+  }
+};
+
+/// Maps plain units up to the first that is none; their number.
+template <class Map>
+std::size_t mapPlain(StringView text, StringBuilder& out) {
+  char16_t* place = out.extend(text.size());
   std::size_t i = 0;
   for (; i + vector::kLanes <= text.size(); i += vector::kLanes) {
     const Units units = Units::load(text.data() + i);
-    const Units simple = atMost(units, Units::splat(0x7F)) | unitscan::syllablesOrIdeographs(units);
-    if (!simple.lanesSet().all()) break;
-    const Units flip = vector::inRange(units, kFirst, 25) & Units::splat(0x20);
-    (kFirst == u'A' ? units + flip : units - flip).store(out + i);
+    if (!Map::has(units).lanesSet().all()) break;
+    Map::map(units).store(place + i);
   }
-  for (; i < text.size() && (isASCII(text[i]) || isSyllableOrIdeograph(text[i])); ++i) out[i] = map(text[i]);
+  for (; i < text.size() && Map::has(text[i]); ++i) place[i] = Map::map(text[i]);
+  out.truncate(out.size() - (text.size() - i));
   return i;
 }
 
-using CaseMapping = int32_t (*)(UChar*, int32_t, const UChar*, int32_t, const char*, UErrorCode*);
+template <class Map>
+String mapCase(StringView text, const String* owner) {
+  const std::size_t same = unitscan::leading(
+      text, [](Units units) { return Map::has(units) & equal(Map::map(units), units); },
+      [](char16_t unit) { return Map::has(unit) && Map::map(unit) == unit; });
+  if (same == text.size()) return ownedOr(owner, text);
+  StringBuilder out;
+  out.reserve(text.size());
+  out.append(text.sub(0, same));
+  for (std::size_t done = same; done < text.size();) {
+    done += mapPlain<Map>(text.sub(done), out);
+    done += Map::mapOthers(text.sub(done), out);
+  }
+  return out.finish();
+}
 
-String mapFullCase(StringView text, CaseMapping mapping) {
-  UErrorCode status = U_ZERO_ERROR;
-  const auto size = static_cast<int32_t>(text.size());
-  const int32_t needed = mapping(nullptr, 0, text.data(), size, "", &status);
-  return String::build(static_cast<std::size_t>(needed), [&](char16_t* out) {
-    status = U_ZERO_ERROR;
-    mapping(out, needed, text.data(), size, "", &status);
-    return static_cast<std::size_t>(needed);
+/// Lower case with regard to what stands around a capital sigma, whose small form differs at the end of a word.
+String lowercasedWithSigma(StringView text) {
+  contract(text.size() <= INT32_MAX / 2, "lowercased", "a text of more than 2^30 units");
+  const std::size_t capacity = text.size() * 2;
+  return String::build(capacity, [&](char16_t* out) {
+    UErrorCode status = U_ZERO_ERROR;
+    return static_cast<std::size_t>(u_strToLower(out, static_cast<std::int32_t>(capacity), text.data(),
+                                                 static_cast<std::int32_t>(text.size()), "", &status));
   });
 }
 
-template <char16_t kFirst>
-String mapCase(StringView text, CaseMapping mapping, const char* operation) {
-  std::size_t done = 0;
-  String simple = String::build(text.size(), [&](char16_t* out) { return done = mapSimpleCase<kFirst>(text, out); });
-  if (done == text.size()) return simple;
-  contract(text.size() <= INT32_MAX, operation, "a text of more than 2^31 units");
-  return mapFullCase(text, mapping);
-}
+/// Units that are no part of a larger cluster where two of them stand side by side (UAX #29): their property
+/// Grapheme_Cluster_Break is Other, Control, LV or LVT.
+struct ClusterAlone {
+  static constexpr plain::UnitRange kRanges[] = {{0x400, 0x482},   {0x2010, 0x2027}, {0x3000, 0x3029},
+                                                 {0x3030, 0x3098}, {0x309B, 0xA4CF}, {0xAC00, 0xD7A3}};
 
-/// Units between two of which there is always a cluster boundary (UAX #29): ASCII but CR and LF, syllables, ideographs.
-constexpr bool isClusterAlone(char16_t unit) {
-  return (isASCII(unit) && unit != u'\r' && unit != u'\n') || isSyllableOrIdeograph(unit);
-}
-Units areClustersAlone(Units units) {
-  const Units breaks = equal(units, Units::splat(u'\r')) | equal(units, Units::splat(u'\n'));
-  return (atMost(units, Units::splat(0x7F)) - breaks) | unitscan::syllablesOrIdeographs(units);
+  [[nodiscard]] static bool has(char16_t unit) {
+    if (unit < 0x300) return unit != u'\r' && unit != u'\n';
+    return std::ranges::any_of(kRanges, [unit](auto range) { return unit >= range.first && unit <= range.last; });
+  }
+  [[nodiscard]] static Units has(Units units) {
+    const Units breaks = equal(units, Units::splat(u'\r')) | equal(units, Units::splat(u'\n'));
+    Units result = atMost(units, Units::splat(0x2FF)) - breaks;
+    if (result.lanesSet().all()) return result;
+    for (const auto [first, last] : kRanges) {
+      result = result | vector::inRange(units, first, static_cast<char16_t>(last - first));
+    }
+    return result;
+  }
+};
+
+/// The end of the part at the start that is given to the iterator: before it and after it stand units alone, enough of
+/// them for the switch to pay.
+std::size_t endOfClusters(StringView text) {
+  constexpr std::size_t kWorthwhile = 16;
+  std::size_t alone = 0;
+  std::size_t end = 0;
+  while (end < text.size() && alone < kWorthwhile) alone = ClusterAlone::has(text[end++]) ? alone + 1 : 0;
+  return end < text.size() ? end - 1 : end;
 }
 
 /// Each thread opens one iterator, on its first text that needs it.
@@ -169,9 +246,9 @@ String joined(const std::vector<StringView>& pieces, StringView separator) {
   });
 }
 
-String replacingOccurrences(StringView text, StringView target, StringView replacement) {
+String detail::replacingOccurrences(StringView text, const String* owner, StringView target, StringView replacement) {
   std::size_t found = target.isEmpty() ? unicode::kInvalid : unicode::findLiteral(text, target);
-  if (found == unicode::kInvalid) return String(text);
+  if (found == unicode::kInvalid) return ownedOr(owner, text);
   StringBuilder out;
   out.reserve(text.size());
   std::size_t start = 0;
@@ -182,6 +259,10 @@ String replacingOccurrences(StringView text, StringView target, StringView repla
   }
   out.append(text.sub(start));
   return out.finish();
+}
+
+String replacingOccurrences(StringView text, StringView target, StringView replacement) {
+  return detail::replacingOccurrences(text, nullptr, target, replacement);
 }
 
 String replacingCharacters(const String& text, const NSCharacterSet& set, StringView replacement) {
@@ -195,26 +276,28 @@ String replacingCharacters(const String& text, const NSCharacterSet& set, String
   return first ? text : out.finish();
 }
 
-String lowercased(StringView text) { return mapCase<u'A'>(text, u_strToLower, "lowercased"); }
-String uppercased(StringView text) { return mapCase<u'a'>(text, u_strToUpper, "uppercased"); }
+String detail::lowercased(StringView text, const String* owner) {
+  constexpr char16_t kCapitalSigma = 0x3A3;
+  if (unicode::findUnit(text, kCapitalSigma) != unicode::kInvalid) return lowercasedWithSigma(text);
+  return mapCase<PlainLower>(text, owner);
+}
+String detail::uppercased(StringView text, const String* owner) { return mapCase<PlainUpper>(text, owner); }
+
+String lowercased(StringView text) { return detail::lowercased(text, nullptr); }
+String uppercased(StringView text) { return detail::uppercased(text, nullptr); }
 
 std::size_t countOfClusters(StringView text) {
   contract(text.size() <= INT32_MAX, "countOfClusters", "a text of more than 2^31 units");
   std::size_t clusters = 0;
   while (!text.isEmpty()) {
-    const std::size_t alone = unitscan::leading(text, areClustersAlone, isClusterAlone);
+    const std::size_t alone = plain::leading<ClusterAlone>(text);
     if (alone == text.size()) return clusters + alone;
     // The last of them may be the base of what follows.
     const std::size_t sure = alone > 0 ? alone - 1 : 0;
-    clusters += sure;
-    text = text.sub(sure);
-    // Up to the next two that stand alone side by side, between which there is a boundary.
-    std::size_t end = std::min<std::size_t>(text.size(), 1);
-    while (end < text.size() && !(isClusterAlone(text[end - 1]) && isClusterAlone(text[end]))) ++end;
-    if (end < 2 && text.size() > 1) end = 2;
-    while (end < text.size() && !(isClusterAlone(text[end - 1]) && isClusterAlone(text[end]))) ++end;
-    clusters += countByIterator(text.sub(0, end));
-    text = text.sub(end);
+    const StringView rest = text.sub(sure);
+    const std::size_t end = endOfClusters(rest);
+    clusters += sure + countByIterator(rest.sub(0, end));
+    text = rest.sub(end);
   }
   return clusters;
 }

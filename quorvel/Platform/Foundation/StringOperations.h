@@ -2,12 +2,23 @@
 // Not here: comparison and search (Comparison.h), percent coding (PercentEncoding.h), numbers (NumberText.h).
 #pragma once
 
+#include <concepts>
 #include <vector>
 
 #include <quorvel/Platform/Foundation/CharacterSet.h>
 #include <quorvel/Platform/Foundation/Value.h>
 
 namespace quorvel {
+
+namespace detail {
+
+// The operations below on a view; where nothing changes, `owner` is answered if there is one.
+[[nodiscard]] String replacingOccurrences(StringView text, const String* owner, StringView target,
+                                          StringView replacement);
+[[nodiscard]] String lowercased(StringView text, const String* owner);
+[[nodiscard]] String uppercased(StringView text, const String* owner);
+
+}  // namespace detail
 
 /// `stringByTrimmingCharactersInSet:` as a view into `text`; nil gives nil. No copy is made.
 [[nodiscard]] StringView trimmed(StringView text, const NSCharacterSet& set);
@@ -23,15 +34,28 @@ namespace quorvel {
 [[nodiscard]] std::vector<StringView> componentsSeparatedBy(StringView text, StringView separator);
 /// `componentsJoinedByString:`
 [[nodiscard]] String joined(const std::vector<StringView>& pieces, StringView separator);
-/// `stringByReplacingOccurrencesOfString:withString:`, by literal search.
+/// `stringByReplacingOccurrencesOfString:withString:`, by literal search. A `String` without the target is shared, not
+/// copied; so is one that the case mappings below do not change.
 [[nodiscard]] String replacingOccurrences(StringView text, StringView target, StringView replacement);
+template <std::same_as<String> Text>
+[[nodiscard]] String replacingOccurrences(const Text& text, StringView target, StringView replacement) {
+  return detail::replacingOccurrences(text, &text, target, replacement);
+}
 /// Every member of the set is replaced by `replacement` (which may be empty); a text without members is shared, not
 /// copied.
 [[nodiscard]] String replacingCharacters(const String& text, const NSCharacterSet& set, StringView replacement);
 
 /// Full, locale-independent case mappings (Unicode, chapter 3.13); lengths may change.
 [[nodiscard]] String lowercased(StringView text);
+template <std::same_as<String> Text>
+[[nodiscard]] String lowercased(const Text& text) {
+  return detail::lowercased(text, &text);
+}
 [[nodiscard]] String uppercased(StringView text);
+template <std::same_as<String> Text>
+[[nodiscard]] String uppercased(const Text& text) {
+  return detail::uppercased(text, &text);
+}
 
 /// Extended grapheme clusters (UAX #29).
 [[nodiscard]] std::size_t countOfClusters(StringView text);

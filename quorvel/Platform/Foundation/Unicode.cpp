@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include <quorvel/Platform/Foundation/LinearSearch.h>
 #include <quorvel/Platform/Foundation/Unicode.h>
 #include <quorvel/Platform/Foundation/Vector.h>
 
@@ -245,24 +246,7 @@ std::size_t findUnit(StringView text, char16_t unit, std::size_t from) {
 std::size_t findLiteral(StringView text, StringView needle, std::size_t from) {
   if (needle.isEmpty()) return from <= text.size() ? from : kInvalid;
   if (needle.size() == 1) return findUnit(text, needle[0], from);
-  if (needle.size() > text.size()) return kInvalid;
-  const std::size_t lastStart = text.size() - needle.size();
-  const std::size_t tail = needle.size() - 1;
-  // Places where both the first and the last unit stand are few; only they are compared whole.
-  const Units first = Units::splat(needle[0]);
-  const Units last = Units::splat(needle[tail]);
-  std::size_t i = from;
-  for (; i + tail + vector::kLanes <= text.size(); i += vector::kLanes) {
-    const Units hits = equal(Units::load(text.data() + i), first) & equal(Units::load(text.data() + i + tail), last);
-    for (vector::Lanes lanes = hits.lanesSet(); lanes.any(); lanes.bits &= lanes.bits - 1) {
-      const std::size_t place = i + lanes.first();
-      if (std::memcmp(text.data() + place, needle.data(), needle.size() * sizeof(char16_t)) == 0) return place;
-    }
-  }
-  for (; i <= lastStart; ++i) {
-    if (text[i] == needle[0] && text.sub(i, needle.size()) == needle) return i;
-  }
-  return kInvalid;
+  return linear::find<linear::NoFold>(text, needle, from, [](std::size_t) { return true; });
 }
 
 }  // namespace quorvel::unicode

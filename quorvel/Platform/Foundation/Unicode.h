@@ -56,7 +56,7 @@ void appendUTF8(std::string& out, char32_t scalar);
 /// The first place at or after `from` of `unit`, or `kInvalid`.
 [[nodiscard]] std::size_t findUnit(StringView text, char16_t unit, std::size_t from = 0);
 /// The first place at or after `from` where `needle` stands unit for unit, or `kInvalid`. An empty needle is found
-/// at `from`.
+/// at `from`. Linear in both lengths.
 [[nodiscard]] std::size_t findLiteral(StringView text, StringView needle, std::size_t from = 0);
 
 }  // namespace quorvel::unicode

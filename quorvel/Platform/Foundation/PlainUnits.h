@@ -1,0 +1,93 @@
+// Units that need no character data: each is in composed form, combines with nothing before it, and has at most a
+// simple case pair. They carry most text. Included by sources only. Not here: all other units (CanonicalText.h).
+#pragma once
+
+#include <quorvel/Platform/Foundation/UnitScan.h>
+
+namespace quorvel::plain {
+
+/// ASCII, Latin-1 and basic Cyrillic capitals as their small letters; every other unit as it is.
+struct SimpleFold {
+  [[nodiscard]] static constexpr char16_t fold(char16_t unit) {
+    if (unit < 0x80) return unitscan::foldASCII(unit);
+    if ((unit >= 0xC0 && unit <= 0xDE && unit != 0xD7) || (unit >= 0x410 && unit <= 0x42F)) return add(unit, 0x20);
+    return unit >= 0x400 && unit <= 0x40F ? add(unit, 0x50) : unit;
+  }
+  [[nodiscard]] static vector::Units fold(vector::Units units) {
+    using vector::Units;
+    if (atMost(units, Units::splat(0x7F)).lanesSet().all()) return unitscan::foldASCII(units);
+    const Units latin = vector::inRange(units, 0xC0, 0x1E) - equal(units, Units::splat(0xD7));
+    const Units by20 = vector::inRange(units, u'A', 25) | latin | vector::inRange(units, 0x410, 0x1F);
+    return units + (by20 & Units::splat(0x20)) + (vector::inRange(units, 0x400, 0x0F) & Units::splat(0x50));
+  }
+  /// The capital of a folded unit, or the unit where it has none.
+  [[nodiscard]] static constexpr char16_t other(char16_t unit) {
+    for (const int distance : {0x20, 0x50}) {
+      const auto capital = static_cast<char16_t>(unit - distance);
+      if (unit >= distance && fold(capital) == unit) return capital;
+    }
+    return unit;
+  }
+
+ private:
+  [[nodiscard]] static constexpr char16_t add(char16_t unit, int distance) {
+    return static_cast<char16_t>(unit + distance);
+  }
+};
+
+struct UnitRange {
+  char16_t first;
+  char16_t last;
+};
+
+/// Beyond Latin: basic Cyrillic; spaces, punctuation and currency signs; kana, ideographs and the symbols among them
+/// (without their six marks); Hangul syllables; the surrogates of U+1F000 to U+1FBFF, with which low halves belong to
+/// them or stand alone; full-width digits and punctuation.
+inline constexpr UnitRange kPlainRanges[] = {{0x400, 0x45F},   {0x2002, 0x20CF}, {0x3000, 0x3029},
+                                             {0x3030, 0x3098}, {0x309B, 0xA4CF}, {0xAC00, 0xD7A3},
+                                             {0xD83C, 0xD83E}, {0xDC00, 0xDFFF}, {0xFF01, 0xFF20}};
+
+[[nodiscard]] constexpr bool isInPlainRanges(char16_t unit) {
+  for (const auto [first, last] : kPlainRanges) {
+    if (unit >= first && unit <= last) return true;
+  }
+  return false;
+}
+[[nodiscard]] inline vector::Units areInPlainRanges(vector::Units units) {
+  vector::Units result = vector::Units::splat(0);
+  for (const auto [first, last] : kPlainRanges) {
+    result = result | vector::inRange(units, first, static_cast<char16_t>(last - first));
+  }
+  return result;
+}
+
+/// Among texts of such units canonical equivalence is equality, and each unit that is no surrogate is a sequence.
+struct Composed {
+  [[nodiscard]] static constexpr bool has(char16_t unit) { return unit < 0x300 || isInPlainRanges(unit); }
+  [[nodiscard]] static vector::Units has(vector::Units units) {
+    const vector::Units latin = atMost(units, vector::Units::splat(0x2FF));
+    return latin.lanesSet().all() ? latin : latin | areInPlainRanges(units);
+  }
+};
+
+/// The same for the comparison that ignores case, which for such units is `SimpleFold`.
+struct Caseless {
+  [[nodiscard]] static constexpr bool has(char16_t unit) {
+    return (unit < 0x100 && unit != 0xB5 && unit != 0xDF) || isInPlainRanges(unit);  // micro sign and sharp s fold out
+  }
+  [[nodiscard]] static vector::Units has(vector::Units units) {
+    using vector::Units;
+    const Units out = equal(units, Units::splat(0xB5)) | equal(units, Units::splat(0xDF));
+    const Units latin = atMost(units, Units::splat(0xFF)) - out;
+    return latin.lanesSet().all() ? latin : latin | areInPlainRanges(units);
+  }
+};
+
+/// The number of units at the start that the class has.
+template <class Class>
+[[nodiscard]] std::size_t leading(StringView text) {
+  return unitscan::leading(
+      text, [](vector::Units units) { return Class::has(units); }, [](char16_t unit) { return Class::has(unit); });
+}
+
+}  // namespace quorvel::plain

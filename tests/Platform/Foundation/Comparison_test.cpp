@@ -1,0 +1,247 @@
+#include <random>
+
+#include <gtest/gtest.h>
+#include <tests/support/RandomText.h>
+#include <unicode/uchar.h>
+#include <unicode/unorm.h>
+#include <unicode/ustring.h>
+
+#include <quorvel/Platform/Foundation/Comparison.h>
+#include <quorvel/Platform/Foundation/PlainUnits.h>
+#include <quorvel/Platform/Foundation/Unicode.h>
+
+namespace quorvel {
+namespace {
+
+std::weak_ordering compareByICU(std::u16string_view a, std::u16string_view b, std::uint32_t options) {
+  UErrorCode status = U_ZERO_ERROR;
+  return unorm_compare(a.data(), static_cast<std::int32_t>(a.size()), b.data(), static_cast<std::int32_t>(b.size()),
+                       options, &status) <=> 0;
+}
+
+// The search as its rule has it: every range between boundaries, each asked of ICU.
+
+bool isBoundaryByRule(std::u16string_view text, std::size_t index) {
+  if (index == 0 || index == text.size()) return true;
+  if (U16_IS_TRAIL(text[index]) && U16_IS_LEAD(text[index - 1])) return false;
+  std::size_t at = index;
+  const auto scalar = static_cast<UChar32>(unicode::nextScalar(text, at));
+  const auto before = static_cast<UChar32>(unicode::previousScalar(text, at = index));
+  const int type = u_getIntPropertyValue(scalar, UCHAR_GRAPHEME_CLUSTER_BREAK);
+  const int previous = u_getIntPropertyValue(before, UCHAR_GRAPHEME_CLUSTER_BREAK);
+  if (type == U_GCB_V) return previous != U_GCB_L && previous != U_GCB_V && previous != U_GCB_LV;
+  if (type == U_GCB_T) {
+    return previous != U_GCB_V && previous != U_GCB_T && previous != U_GCB_LV && previous != U_GCB_LVT;
+  }
+  return (U_GET_GC_MASK(scalar) & U_GC_M_MASK) == 0;
+}
+
+NSRange rangeByRule(std::u16string_view text, std::u16string_view needle, std::uint32_t options) {
+  if (needle.empty()) return NSRange::notFound();
+  for (std::size_t start = 0; start < text.size(); ++start) {
+    if (!isBoundaryByRule(text, start)) continue;
+    for (std::size_t end = start + 1; end <= text.size(); ++end) {
+      if (!isBoundaryByRule(text, end)) continue;
+      if (compareByICU(text.substr(start, end - start), needle, options) == 0) return {start, end - start};
+    }
+  }
+  return NSRange::notFound();
+}
+
+struct OrderRow {
+  StringView a;
+  StringView b;
+  std::weak_ordering canonical;
+  std::weak_ordering caseless;
+  const char* why;
+};
+
+TEST(Comparison, KnowsEquivalenceAndFullCaseFolding) {
+  const auto less = std::weak_ordering::less;
+  const auto same = std::weak_ordering::equivalent;
+  const auto greater = std::weak_ordering::greater;
+  const OrderRow rows[] = {
+      {u"\u00E9", u"e\u0301", same, same, "composed and decomposed"},
+      {u"e\u0301", u"\u00C9", greater, same, "and with case"},
+      {u"e\u0323\u0301", u"e\u0301\u0323", same, same, "marks in another order"},
+      {u"\u0344", u"\u0308\u0301", same, same, "a mark that is two"},
+      {u"\uAC01", u"\u1100\u1161\u11A8", same, same, "a syllable and its letters"},
+      {u"\uAC01", u"\uAC00\u11A8", same, same, "a syllable and a shorter one with a final letter"},
+      {u"Stra\u00DFe", u"STRASSE", greater, same, "sharp s is two letters"},
+      {u"\u0130", u"i\u0307", less, same, "dotted capital I"},
+      {u"\u03A3", u"\u03C2", less, same, "both sigmas"},
+      {u"\u212A", u"k", less, same, "the Kelvin sign is K, by canonical equivalence"},
+      {u"\uFB03", u"FFI", greater, same, "a ligature"},
+      {u"B", u"a", less, greater, "capitals first, unless case is ignored"},
+      {u"10", u"9", less, less, "by unit, not by number"},
+      {u"abc", u"abcd", less, less, "a prefix first"},
+      {u"e", u"e\u0301", less, less, "a prefix by units, another letter"},
+      {u"\uAC00z", u"\uAC01", less, less, "no final consonant before one"},
+      {u"\uAC00\u4E00", u"\uAC01", greater, greater, "unless what follows the shorter is greater"},
+      {u"\u0416\u0401", u"\u0436\u0451", less, same, "Cyrillic"},
+      {u"\u00D7", u"\u00F7", less, less, "the signs among the letters of Latin-1 have no case"},
+      {u"a\xD83D", u"a\xD83D\xDE00", less, less, "half a pair and the pair"},
+      {nil, nil, same, same, "nil"},
+      {nil, u"", less, less, "nil first"},
+  };
+  for (const auto& [a, b, canonical, caseless, why] : rows) {
+    EXPECT_TRUE(compareCanonical(a, b) == canonical) << why;
+    EXPECT_TRUE(compareCanonical(b, a) == (0 <=> canonical)) << why;
+    EXPECT_EQ(isCanonicallyEqual(a, b), canonical == 0) << why;
+    EXPECT_TRUE(caseInsensitiveCompare(a, b) == caseless) << why;
+    EXPECT_TRUE(caseInsensitiveCompare(b, a) == (0 <=> caseless)) << why;
+  }
+}
+
+TEST(Comparison, OrdersHardTextsAsICUDoes) {
+  std::mt19937 random(5);
+  for (int round = 0; round < 100'000; ++round) {
+    const std::u16string shared = test::randomText(random, test::kHardPieces, random() % 12);
+    const std::u16string a = shared + test::randomText(random, test::kHardPieces, random() % 4);
+    const std::u16string b = shared + test::randomText(random, test::kHardPieces, random() % 4);
+    ASSERT_TRUE(compareCanonical(a, b) == compareByICU(a, b, 0)) << test::hex(a) << "/ " << test::hex(b);
+    ASSERT_TRUE(caseInsensitiveCompare(a, b) == compareByICU(a, b, U_COMPARE_IGNORE_CASE))
+        << test::hex(a) << "/ " << test::hex(b);
+  }
+}
+
+TEST(Comparison, OrdersPairsOfSyllablesAsICUDoes) {
+  std::mt19937 random(6);
+  const auto syllable = [&random] { return static_cast<char16_t>(0xAC00 + random() % 60); };
+  for (int round = 0; round < 100'000; ++round) {
+    const char16_t next[] = {u'a', u'\uAC00', u'\u4E00', u'\u11A8', u'\u0301'};
+    std::u16string a{u'x', syllable()};
+    std::u16string b{u'x', syllable()};
+    if (random() % 4 != 0) a += next[random() % 5];
+    if (random() % 4 != 0) b += next[random() % 5];
+    ASSERT_TRUE(compareCanonical(a, b) == compareByICU(a, b, 0)) << test::hex(a) << "/ " << test::hex(b);
+  }
+}
+
+TEST(Comparison, PlainUnitsNeedNoCharacterData) {
+  for (char32_t unit = 0; unit <= 0xFFFF; ++unit) {
+    const auto u = static_cast<char16_t>(unit);
+    const auto code = static_cast<UChar32>(unit);
+    const auto shown = [code] { return std::to_string(code); };
+    const std::u16string eight(8, u);
+    const auto units = vector::Units::load(eight.data());
+    ASSERT_EQ(plain::Composed::has(units).lanesSet().all(), plain::Composed::has(u)) << shown();
+    ASSERT_EQ(plain::Caseless::has(units).lanesSet().all(), plain::Caseless::has(u)) << shown();
+    char16_t folded[8];
+    plain::SimpleFold::fold(units).store(folded);
+    ASSERT_EQ(folded[7], plain::SimpleFold::fold(u)) << shown();
+    if (unicode::isSurrogate(unit)) continue;
+    UErrorCode status = U_ZERO_ERROR;
+    char16_t full[4];
+    const std::int32_t size = u_strFoldCase(full, 4, &u, 1, U_FOLD_CASE_DEFAULT, &status);
+    const bool isFoldSimple = size == 1 && full[0] == folded[0];
+    ASSERT_TRUE(isFoldSimple || folded[0] == u) << shown() << ": what is folded is folded fully";
+    ASSERT_TRUE(isFoldSimple || !plain::Caseless::has(u)) << shown();
+    const bool isComposed = u_getIntPropertyValue(code, UCHAR_NFC_QUICK_CHECK) == UNORM_YES &&
+                            (U_GET_GC_MASK(code) & U_GC_M_MASK) == 0 && u_getCombiningClass(code) == 0;
+    ASSERT_TRUE(isComposed || !(plain::Composed::has(u) || plain::Caseless::has(u))) << shown();
+  }
+}
+
+struct SearchRow {
+  StringView text;
+  StringView needle;
+  NSRange exact;
+  NSRange caseless;
+  const char* why;
+};
+
+TEST(Search, IsCanonicalAndSplitsNothing) {
+  constexpr NSRange kNone = NSRange::notFound();
+  const SearchRow rows[] = {
+      {u"ab\u00E9", u"e\u0301", {2, 1}, {2, 1}, "a decomposed needle finds the composed letter"},
+      {u"abe\u0301c", u"\u00E9", {2, 2}, {2, 2}, "and the other way round, both units"},
+      {u"e\u0301", u"e", kNone, kNone, "a letter is not found in its composition"},
+      {u"e\u0301e", u"e", {2, 1}, {2, 1}, "but behind it"},
+      {u"e\u0301", u"\u0301", kNone, kNone, "a mark is not found on a letter"},
+      {u"\u0301", u"\u0301", {0, 1}, {0, 1}, "but alone"},
+      {u"a\r\nb", u"\n", {2, 1}, {2, 1}, "LF is found within CR LF"},
+      {u"\uAC01", u"\uAC00", kNone, kNone, "a syllable without its final consonant"},
+      {u"x\u1100\u1161\u11A8", u"\uAC01", {1, 3}, {1, 3}, "a syllable in letters"},
+      {u"\u1100\u1161\u11A8", u"\uAC00", kNone, kNone, "which go together"},
+      {u"\uAC00\u11A8", u"\uAC00", kNone, kNone, "a final letter after a syllable"},
+      {u"a\u1161", u"a", {0, 1}, {0, 1}, "a vowel letter combines with a letter of its own script only"},
+      {u"\u0308\u0301", u"\u0344", {0, 2}, {0, 2}, "a mark that decomposes into two"},
+      {u"ae\u0301\u00E9", u"\u00E9", {1, 2}, {1, 2}, "an equivalent form before the literal one"},
+      {u"q\u0307\u0323", u"q\u0323\u0307", {0, 3}, {0, 3}, "marks in another order"},
+      {u"\U0001F600", u"\xDE00", kNone, kNone, "half of a pair"},
+      {u"\U0001F600\xDE00", u"\xDE00", {2, 1}, {2, 1}, "a half on its own"},
+      {u"Hello", u"LL", kNone, {2, 2}, "ASCII case"},
+      {u"die Stra\u00DFe", u"STRASSE", kNone, {4, 6}, "the text's length, not the needle's"},
+      {u"MASSE", u"a\u00DFe", kNone, {1, 4}, "and a longer one"},
+      {u"\u00DF", u"s", kNone, kNone, "half of a sharp s"},
+      {u"x\u0130", u"i\u0307", kNone, {1, 1}, "dotted capital I"},
+      {u"x\u0130", u"i", kNone, kNone, "without its dot"},
+      {u"\u0391\u0345", u"\u03B1\u03B9", kNone, {0, 2}, "the iota below folds to a letter"},
+      {u"\u039F\u03A3", u"\u03BF\u03C2", kNone, {0, 2}, "sigma"},
+      {u"\u212Bx", u"\u00E5", kNone, {0, 1}, "a sign that is a letter"},
+      {u"\u041F\u0440\u0418\u0419", u"\u0438\u0439", kNone, {2, 2}, "Cyrillic"},
+      {u"abc", u"", kNone, kNone, "nothing is never found"},
+      {u"", u"a", kNone, kNone, "nor found in nothing"},
+      {nil, u"a", kNone, kNone, "nil text"},
+      {u"a", nil, kNone, kNone, "nil needle"},
+  };
+  for (const auto& [text, needle, exact, caseless, why] : rows) {
+    EXPECT_EQ(rangeOfString(text, needle), exact) << why;
+    EXPECT_EQ(rangeOfStringCaseInsensitive(text, needle), caseless) << why;
+  }
+}
+
+TEST(Search, FindsTheFirstRangeOfTheRule) {
+  std::mt19937 random(7);
+  int found = 0;
+  for (int round = 0; round < 60'000; ++round) {
+    // A few pieces a round, so that they meet often.
+    std::u16string_view pieces[5];
+    for (auto& piece : pieces) piece = test::kHardPieces[random() % std::size(test::kHardPieces)];
+    const std::u16string text = test::randomText(random, pieces, random() % 9);
+    const std::u16string needle = test::randomText(random, pieces, 1 + random() % 3);
+    const NSRange exact = rangeOfString(text, needle);
+    const NSRange caseless = rangeOfStringCaseInsensitive(text, needle);
+    ASSERT_EQ(exact, rangeByRule(text, needle, 0)) << test::hex(text) << "in which " << test::hex(needle);
+    ASSERT_EQ(caseless, rangeByRule(text, needle, U_COMPARE_IGNORE_CASE))
+        << test::hex(text) << "in which " << test::hex(needle);
+    found += static_cast<int>(exact.isFound()) + static_cast<int>(caseless.isFound());
+  }
+  EXPECT_GT(found, 10'000) << "texts in which nothing is found try nothing";
+}
+
+TEST(Search, FindsEveryUnitByItsCaseForms) {
+  for (char32_t unit = 0; unit <= 0xFFFF; ++unit) {
+    const auto code = static_cast<UChar32>(unit);
+    if (unicode::isSurrogate(unit)) continue;
+    const std::u16string text{u'-', static_cast<char16_t>(unit), u'-'};
+    for (const UChar32 form : {u_toupper(code), u_tolower(code), u_foldCase(code, U_FOLD_CASE_DEFAULT)}) {
+      const std::u16string needle{static_cast<char16_t>(form)};
+      ASSERT_EQ(rangeOfStringCaseInsensitive(text, needle), rangeByRule(text, needle, U_COMPARE_IGNORE_CASE))
+          << test::hex(text) << "in which " << test::hex(needle);
+      ASSERT_EQ(rangeOfString(text, needle), rangeByRule(text, needle, 0))
+          << test::hex(text) << "in which " << test::hex(needle);
+    }
+  }
+}
+
+TEST(Search, InLongTextsWithManyNearHitsIsLinear) {
+  const auto repeated = [](std::u16string_view piece, std::size_t count) {
+    std::u16string text;
+    for (std::size_t i = 0; i < count; ++i) text += piece;
+    return text;
+  };
+  const std::u16string text = repeated(u"a\u0301", 200'000);
+  const std::u16string needle = repeated(u"a\u0301", 100'000) + u"a";
+  EXPECT_FALSE(rangeOfString(text, needle).isFound()) << "each literal hit would split the letter at its end";
+  EXPECT_FALSE(rangeOfStringCaseInsensitive(text, needle).isFound());
+  const NSRange end{200'000, 200'001};
+  EXPECT_EQ(rangeOfString(text + u"a", needle), end) << "only the last splits nothing";
+  EXPECT_EQ(rangeOfStringCaseInsensitive(repeated(u"\u00C1", 200'000) + u"A", needle), (NSRange{100'000, 100'001}));
+  EXPECT_TRUE(rangeOfString(u"a" + repeated(u"\u0301", 100'000), u"b" + repeated(u"\u0301", 10)) ==
+              NSRange::notFound());
+}
+
+}  // namespace
+}  // namespace quorvel
