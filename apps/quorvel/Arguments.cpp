@@ -69,7 +69,8 @@ std::optional<float> Reader<float>::read(const Value& json, std::string& reason)
   const std::optional<double> number = Reader<double>::read(json, reason);
   if (!number) return std::nullopt;
   constexpr double kMost = std::numeric_limits<float>::max();
-  if (std::abs(*number) > kMost) return std::copysign(std::numeric_limits<float>::infinity(), static_cast<float>(std::copysign(1.0, *number)));
+  constexpr float kInfinity = std::numeric_limits<float>::infinity();
+  if (std::abs(*number) > kMost) return *number > 0 ? kInfinity : -kInfinity;
   return static_cast<float>(*number);
 }
 
@@ -120,6 +121,18 @@ std::optional<NSMutableAttributedString> Reader<NSMutableAttributedString>::read
   const std::optional<NSAttributedString> text = attributedFromWire(json, reason);
   if (!text) return std::nullopt;
   return NSMutableAttributedString(*text);
+}
+
+std::optional<Tuples> Reader<Tuples>::read(const Value& json, std::string& reason) {
+  const std::optional<List> list = Reader<List>::read(json, reason);
+  if (!list) return std::nullopt;
+  Tuples tuples;
+  for (const Value& element : *list) {
+    const List* pair = element.asList();
+    if (!pair || pair->size() != 2) return refuse<Tuples>("a list of [key, value]", element, reason);
+    tuples.emplace_back((*pair)[0], (*pair)[1]);
+  }
+  return tuples;
 }
 
 bool Held<StringView>::read(const Value& json, std::string& reason) {

@@ -4,7 +4,8 @@
 
 #include <span>
 #include <string>
-#include <type_traits>
+#include <utility>
+#include <vector>
 
 #include <apps/quorvel/Wire.h>
 
@@ -42,6 +43,14 @@ QUORVEL_ARGUMENT(UIColor);
 QUORVEL_ARGUMENT(NSAttributedString);
 QUORVEL_ARGUMENT(NSMutableAttributedString);
 #undef QUORVEL_ARGUMENT
+
+/// Pairs for `init(tuples:)`: a list of [key, value].
+using Tuples = std::vector<std::pair<Value, Value>>;
+template <>
+struct Reader<Tuples> {
+  static constexpr std::string_view kText = "std::vector<std::pair<Value, Value>>";
+  [[nodiscard]] static std::optional<Tuples> read(const Value& json, std::string& reason);
+};
 
 /// Holds an argument for the time of a call. `kIsRest` says that it takes all arguments that are left.
 template <class T>

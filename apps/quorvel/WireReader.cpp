@@ -71,7 +71,8 @@ std::optional<Value> readDate(const Value& json, std::string& reason) {
 
 std::optional<std::uint64_t> readCount(const Value& json, std::string& reason) {
   const std::optional<Number> number = json.asNumber();
-  const bool isInteger = number && (number->kind() == Number::Kind::Integer || number->kind() == Number::Kind::Unsigned);
+  const bool isInteger =
+      number && (number->kind() == Number::Kind::Integer || number->kind() == Number::Kind::Unsigned);
   if (!isInteger || (number->kind() == Number::Kind::Integer && number->longLongValue() < 0))
     return refuse<std::uint64_t>(reason, "an integer that is not negative", json);
   return number->bits();
@@ -149,7 +150,7 @@ struct Form {
 };
 
 constexpr Form kForms[] = {
-    {u"$null", readNull},     {u"$data", readData},          {u"$date", readDate},   {u"$utf16", readUnits},
+    {u"$null", readNull},     {u"$data", readData},           {u"$date", readDate},   {u"$utf16", readUnits},
     {u"$number", readNumber}, {u"$entries", readEntriesForm}, {u"$color", readColor}, {u"$font", readFont},
 };
 

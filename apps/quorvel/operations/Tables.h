@@ -17,8 +17,8 @@ std::span<const Operation> textSearchOperations();
 std::span<const Operation> colorOperations();
 
 inline constexpr std::span<const Operation> (*kTopics[])() = {
-    textOperations,  highlightingOperations, recordOperations,     percentEncodingOperations, queryOperations,
-    jsonOperations,  sizeOperations,         durationOperations,   textSearchOperations,      colorOperations,
+    textOperations, highlightingOperations, recordOperations,   percentEncodingOperations, queryOperations,
+    jsonOperations, sizeOperations,         durationOperations, textSearchOperations,      colorOperations,
 };
 
 }  // namespace quorvel::command
