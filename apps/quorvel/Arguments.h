@@ -48,7 +48,6 @@ QUORVEL_ARGUMENT(NSMutableAttributedString);
 using Tuples = std::vector<std::pair<Value, Value>>;
 template <>
 struct Reader<Tuples> {
-  static constexpr std::string_view kText = "std::vector<std::pair<Value, Value>>";
   [[nodiscard]] static std::optional<Tuples> read(const Value& json, std::string& reason);
 };
 

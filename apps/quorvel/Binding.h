@@ -73,6 +73,11 @@ struct TypeText<std::vector<T>> {
   static std::string text() { return "std::vector<" + TypeText<T>::text() + ">"; }
 };
 
+template <class First, class Second>
+struct TypeText<std::pair<First, Second>> {
+  static std::string text() { return "std::pair<" + TypeText<First>::text() + ", " + TypeText<Second>::text() + ">"; }
+};
+
 template <class R, class Parameters>
 struct Signature;
 template <class R, class... P>

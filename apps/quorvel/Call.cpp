@@ -21,7 +21,7 @@ std::optional<std::string> resultText(StringView family, StringView name, std::s
   const std::optional<Value> result = operation->invoke(*operation, arguments, error);
   if (!result) return std::nullopt;
   std::optional<std::string> text = NSJSONSerialization::writeFragmentUTF8(*result, 0);
-  if (!text) error = std::string(operation->name) + ": the result cannot be written as JSON";
+  if (!text) error = joined({"'", operation->name, "': the result cannot be written as JSON"});
   return text;
 }
 

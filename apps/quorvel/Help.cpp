@@ -79,18 +79,16 @@ std::string jsonText(const Value& json) { return NSJSONSerialization::writeFragm
 std::string exampleText(const Operation& operation) {
   const Value parsed = NSJSONSerialization::parseFragment(operation.example);
   const List arguments = parsed.asList() ? *parsed.asList() : List();
-  std::string text = "  quorvel call " + shellWord(operation.family) + " " + shellWord(operation.name);
-  for (const Value& argument : arguments) text += " " + shellWord(jsonText(argument));
+  std::string words = joined({shellWord(operation.family), " ", shellWord(operation.name)});
+  for (const Value& argument : arguments) words.append(" ").append(shellWord(jsonText(argument)));
   std::string error;
   const auto result = operation.invoke(operation, {arguments.begin(), arguments.size()}, error);
-  return text + "\n    -> " + (result ? jsonText(*result) : error) + "\n";
+  return joined({"  quorvel call ", words, "\n    -> ", result ? jsonText(*result) : error, "\n"});
 }
 
 std::string operationText(const Operation& operation) {
-  std::string text = std::string(operation.family) + "  " + std::string(operation.name) + "\n";
-  text += "  " + operation.signature(operation) + "\n";
-  text += "  " + std::string(operation.summary) + "\n";
-  return text + exampleText(operation);
+  return joined({operation.family, "  ", operation.name, "\n  ", operation.signature(operation), "\n  ",
+                 operation.summary, "\n", exampleText(operation)});
 }
 
 }  // namespace
@@ -101,9 +99,9 @@ std::string shellWord(std::string_view word) {
            c == '.' || c == ':' || c == '+';
   };
   if (!word.empty() && std::ranges::all_of(word, isPlain)) return std::string(word);
-  std::string quoted = "'";
-  for (const char c : word) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-  return quoted + "'";
+  std::string quoted;
+  for (const char c : word) c == '\'' ? quoted.append("'\\''") : quoted.append(1, c);
+  return joined({"'", quoted, "'"});
 }
 
 int runList(std::span<const std::string_view> words) {
@@ -145,7 +143,7 @@ int runHelp(std::span<const std::string_view> words) {
   }
   std::string text;
   for (const Operation& operation : allOperations()) {
-    if (isNamed(operation, name)) text += (text.empty() ? "" : "\n") + operationText(operation);
+    if (isNamed(operation, name)) text += joined({text.empty() ? "" : "\n", operationText(operation)});
   }
   if (text.empty()) {
     std::fprintf(stderr, "quorvel help: nothing is named '%s' (quorvel list)\n", std::string(name).c_str());

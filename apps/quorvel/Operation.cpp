@@ -71,13 +71,13 @@ class Index {
   std::vector<Slot> slots_;
 };
 
-std::string quoted(StringView text) { return "'" + String(text).toUTF8Replacing() + "'"; }
+std::string quoted(StringView text) { return joined({"'", String(text).toUTF8Replacing(), "'"}); }
 
 std::string severalText(StringView family, StringView name) {
-  std::string text = quoted(name) + " names several operations of " + quoted(family) + ":";
+  std::string text = joined({quoted(name), " names several operations of ", quoted(family), ":"});
   for (const Operation& operation : allOperations()) {
     if (isSame(operation.family, family) && isSame(functionName(operation), name))
-      text += " '" + std::string(operation.name) + "'";
+      text += joined({" '", operation.name, "'"});
   }
   return text;
 }
@@ -85,11 +85,17 @@ std::string severalText(StringView family, StringView name) {
 std::string unknownText(StringView family, StringView name) {
   const bool hasFamily = std::ranges::any_of(
       allOperations(), [family](const Operation& operation) { return isSame(operation.family, family); });
-  if (!hasFamily) return "unknown family " + quoted(family);
-  return "family " + quoted(family) + " has no operation " + quoted(name);
+  if (!hasFamily) return joined({"unknown family ", quoted(family)});
+  return joined({"family ", quoted(family), " has no operation ", quoted(name)});
 }
 
 }  // namespace
+
+std::string joined(std::initializer_list<std::string_view> pieces) {
+  std::string text;
+  for (const std::string_view piece : pieces) text += piece;
+  return text;
+}
 
 std::string_view functionName(const Operation& operation) {
   const std::string_view qualified = operation.function;
@@ -138,19 +144,20 @@ namespace detail {
 
 void refuseCount(const Operation& operation, std::size_t count, std::string& error) {
   const std::size_t wanted = parameterNames(operation).size();
-  error = std::string(operation.name) + " takes ";
-  error += wanted == 0 ? "no arguments" : std::to_string(wanted) + (wanted == 1 ? " argument" : " arguments");
-  if (wanted > 0) error += " (" + std::string(operation.parameters) + ")";
-  error += ", got " + std::to_string(count);
+  const std::string arguments = wanted == 0   ? "no arguments"
+                                : wanted == 1 ? "1 argument"
+                                              : joined({std::to_string(wanted), " arguments"});
+  const std::string names = wanted == 0 ? "" : joined({" (", operation.parameters, ")"});
+  error = joined({"'", operation.name, "' takes ", arguments, names, ", got ", std::to_string(count)});
 }
 
 void placeRefusal(const Operation& operation, std::size_t index, std::string& error) {
-  error = std::string(operation.name) + ": argument " + std::to_string(index + 1) + " (" +
-          std::string(parameterNames(operation)[index]) + "): " + error;
+  error = joined(
+      {operation.name, ": argument ", std::to_string(index + 1), " (", parameterNames(operation)[index], "): ", error});
 }
 
 void refuseDepth(const Operation& operation, std::string& error) {
-  error = std::string(operation.name) + ": the result is nested too deeply for JSON";
+  error = joined({"'", operation.name, "': the result is nested too deeply for JSON"});
 }
 
 }  // namespace detail

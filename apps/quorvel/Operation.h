@@ -2,6 +2,7 @@
 // Not here: how a row is made from a function (Binding.h), the rows themselves (operations/*.cpp).
 #pragma once
 
+#include <initializer_list>
 #include <optional>
 #include <span>
 #include <string>
@@ -37,5 +38,8 @@ struct Operation {
 /// The operation of that family by its full name, or by its C++ name where that names one alone. nullptr otherwise, and
 /// why in `error`.
 [[nodiscard]] const Operation* findOperation(StringView family, StringView name, std::string& error);
+
+/// The pieces one after the other.
+[[nodiscard]] std::string joined(std::initializer_list<std::string_view> pieces);
 
 }  // namespace quorvel::command

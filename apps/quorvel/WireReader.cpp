@@ -78,16 +78,22 @@ std::optional<std::uint64_t> readCount(const Value& json, std::string& reason) {
   return number->bits();
 }
 
-std::optional<Value> readUnits(const Value& json, std::string& reason) {
+std::optional<String> readUnits(const Value& json, std::string& reason) {
   const List* units = json.asList();
-  if (!units) return refuse<Value>(reason, "a list of units in $utf16", json);
+  if (!units) return refuse<String>(reason, "a list of units in $utf16", json);
   StringBuilder text;
   for (const Value& element : *units) {
     const std::optional<std::uint64_t> unit = readCount(element, reason);
-    if (!unit || *unit > 0xFFFF) return refuse<Value>(reason, "units from 0 to 65535 in $utf16", element);
+    if (!unit || *unit > 0xFFFF) return refuse<String>(reason, "units from 0 to 65535 in $utf16", element);
     text.append(static_cast<char16_t>(*unit));
   }
-  return Value(text.finish());
+  return text.finish();
+}
+
+std::optional<Value> readUnitsForm(const Value& json, std::string& reason) {
+  std::optional<String> text = readUnits(json, reason);
+  if (!text) return std::nullopt;
+  return Value(std::move(*text));
 }
 
 std::optional<Value> readNumber(const Value& json, std::string& reason) {
@@ -150,7 +156,7 @@ struct Form {
 };
 
 constexpr Form kForms[] = {
-    {u"$null", readNull},     {u"$data", readData},           {u"$date", readDate},   {u"$utf16", readUnits},
+    {u"$null", readNull},     {u"$data", readData},           {u"$date", readDate},   {u"$utf16", readUnitsForm},
     {u"$number", readNumber}, {u"$entries", readEntriesForm}, {u"$color", readColor}, {u"$font", readFont},
 };
 
@@ -158,7 +164,7 @@ std::optional<Value> readForm(const Entry& entry, std::string& reason) {
   for (const Form& form : kForms) {
     if (entry.key.text() == form.key) return form.read(entry.value, reason);
   }
-  reason = "unknown form '" + entry.key.asString()->toUTF8Replacing() + "'";
+  reason = "unknown form '" + String(entry.key.text()).toUTF8Replacing() + "'";
   return std::nullopt;
 }
 
@@ -250,9 +256,7 @@ std::optional<String> stringFromWire(const Value& json, std::string& reason) {
   if (const String* text = json.asString()) return *text;
   const Entry* form = formOf(json);
   if (!form || form->key.text() != u"$utf16") return refuse<String>(reason, "a string", json);
-  const std::optional<Value> text = readUnits(form->value, reason);
-  if (!text) return std::nullopt;
-  return *text->asString();
+  return readUnits(form->value, reason);
 }
 
 std::optional<Dictionary> dictionaryFromWire(const Value& json, std::string& reason) {
