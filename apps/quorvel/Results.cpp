@@ -1,19 +1,52 @@
 #include <apps/quorvel/Results.h>
 
+#include <quorvel/Platform/Foundation/Unicode.h>
+
 namespace quorvel::command {
 namespace {
 
 constexpr char32_t kScalarEnd = 0x110000;
 
-/// The scalars for which `isListed` holds.
-template <class Predicate>
-String charactersOf(Predicate isListed) {
+struct Run {
+  char32_t from;
+  char32_t end;
+};
+
+/// The runs of members and of all other scalars; surrogates, which are neither, part no run.
+struct Runs {
+  explicit Runs(const NSCharacterSet& set) {
+    bool isMember = set.contains(0);
+    char32_t from = 0;
+    for (char32_t scalar = 1; scalar <= kScalarEnd; ++scalar) {
+      if (scalar == 0xD800) scalar = 0xE000;
+      if (scalar < kScalarEnd && set.contains(scalar) == isMember) continue;
+      (isMember ? members : others).push_back({from, scalar});
+      (isMember ? memberCount : otherCount) += scalar - from;
+      from = scalar;
+      isMember = !isMember;
+    }
+  }
+
+  std::vector<Run> members;
+  std::vector<Run> others;
+  std::size_t memberCount = 0;
+  std::size_t otherCount = 0;
+};
+
+String charactersOf(const std::vector<Run>& runs) {
   StringBuilder text;
-  for (char32_t scalar = 0; scalar < kScalarEnd; ++scalar) {
-    if (scalar == 0xD800) scalar = 0xE000;
-    if (isListed(scalar)) text.appendScalar(scalar);
+  for (const Run& run : runs) {
+    for (char32_t scalar = run.from; scalar < run.end; ++scalar) {
+      if (!unicode::isSurrogate(scalar)) text.appendScalar(scalar);
+    }
   }
   return text.finish();
+}
+
+Value characterSetToWire(const NSCharacterSet& set) {
+  const Runs runs(set);
+  if (runs.memberCount <= runs.otherCount) return Dictionary{{u"$characters", charactersOf(runs.members)}};
+  return Dictionary{{u"$excluded", charactersOf(runs.others)}};
 }
 
 }  // namespace
@@ -23,9 +56,10 @@ std::optional<Value> resultToWire(const UIColor& color) { return toWire(colorCom
 std::optional<Value> resultToWire(NSRange range) { return Value(List{range.location, range.length}); }
 
 std::optional<Value> resultToWire(const NSCharacterSet& set) {
-  String members = charactersOf([&set](char32_t scalar) { return set.contains(scalar); });
-  if (members.size() < kScalarEnd / 2) return Value(Dictionary{{u"$characters", std::move(members)}});
-  return Value(Dictionary{{u"$excluded", charactersOf([&set](char32_t scalar) { return !set.contains(scalar); })}});
+  // A million scalars are asked, so a set that comes again, as the standard ones do, is answered from memory.
+  thread_local std::optional<std::pair<NSCharacterSet, Value>> last;
+  if (!last || last->first != set) last.emplace(set, characterSetToWire(set));
+  return last->second;
 }
 
 }  // namespace quorvel::command
