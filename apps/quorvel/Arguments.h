@@ -1,0 +1,99 @@
+// JSON arguments as the parameters of C++ functions.
+// Not here: results (Results.h), what one JSON value stands for (Wire.h).
+#pragma once
+
+#include <span>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <apps/quorvel/Wire.h>
+
+namespace quorvel::command {
+
+/// What a parameter of type `T` is read from. Each has `kText`, the type as a signature shows it, and `read`.
+template <class T>
+struct Reader;
+
+/// "expected EXPECTED, got a list" in `reason`.
+void refuseArgument(const char* expected, const Value& json, std::string& reason);
+
+#define QUORVEL_ARGUMENT(type)                                                             \
+  template <>                                                                              \
+  struct Reader<type> {                                                                    \
+    static constexpr std::string_view kText = #type;                                       \
+    [[nodiscard]] static std::optional<type> read(const Value& json, std::string& reason); \
+  }
+QUORVEL_ARGUMENT(bool);
+QUORVEL_ARGUMENT(double);
+QUORVEL_ARGUMENT(float);
+QUORVEL_ARGUMENT(std::int64_t);
+QUORVEL_ARGUMENT(std::uint64_t);
+QUORVEL_ARGUMENT(std::int32_t);
+QUORVEL_ARGUMENT(std::uint32_t);
+QUORVEL_ARGUMENT(Number);
+QUORVEL_ARGUMENT(String);
+QUORVEL_ARGUMENT(Value);
+QUORVEL_ARGUMENT(List);
+QUORVEL_ARGUMENT(Dictionary);
+QUORVEL_ARGUMENT(Date);
+QUORVEL_ARGUMENT(Data);
+QUORVEL_ARGUMENT(NSRange);
+QUORVEL_ARGUMENT(UIColor);
+QUORVEL_ARGUMENT(NSAttributedString);
+QUORVEL_ARGUMENT(NSMutableAttributedString);
+#undef QUORVEL_ARGUMENT
+
+/// Pairs for `init(tuples:)`: a list of [key, value].
+using Tuples = std::vector<std::pair<Value, Value>>;
+template <>
+struct Reader<Tuples> {
+  [[nodiscard]] static std::optional<Tuples> read(const Value& json, std::string& reason);
+};
+
+/// Holds an argument for the time of a call. `kIsRest` says that it takes all arguments that are left.
+template <class T>
+struct Held {
+  static constexpr bool kIsRest = false;
+  std::optional<T> value;
+
+  bool read(const Value& json, std::string& reason) {
+    value = Reader<T>::read(json, reason);
+    return value.has_value();
+  }
+  T& pass() { return *value; }
+};
+
+template <class T>
+struct Held<std::optional<T>> {
+  static constexpr bool kIsRest = false;
+  std::optional<T> value;
+
+  bool read(const Value& json, std::string& reason) {
+    if (json.isNull()) return true;
+    value = Reader<T>::read(json, reason);
+    return value.has_value();
+  }
+  std::optional<T>& pass() { return value; }
+};
+
+template <>
+struct Held<StringView> {
+  static constexpr bool kIsRest = false;
+  std::optional<String> value;
+
+  bool read(const Value& json, std::string& reason);
+  StringView pass() { return value; }
+};
+
+/// One list, or whatever number of arguments one by one.
+template <>
+struct Held<std::span<const Value>> {
+  static constexpr bool kIsRest = true;
+  List value;
+
+  bool read(std::span<const Value> json, std::string& reason);
+  std::span<const Value> pass() { return {value.begin(), value.size()}; }
+};
+
+}  // namespace quorvel::command

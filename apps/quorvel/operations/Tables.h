@@ -1,0 +1,24 @@
+// The rows of the table of operations, a source for each topic.
+#pragma once
+
+#include <apps/quorvel/Operation.h>
+
+namespace quorvel::command {
+
+std::span<const Operation> textOperations();
+std::span<const Operation> highlightingOperations();
+std::span<const Operation> recordOperations();
+std::span<const Operation> percentEncodingOperations();
+std::span<const Operation> queryOperations();
+std::span<const Operation> jsonOperations();
+std::span<const Operation> sizeOperations();
+std::span<const Operation> durationOperations();
+std::span<const Operation> textSearchOperations();
+std::span<const Operation> colorOperations();
+
+inline constexpr std::span<const Operation> (*kTopics[])() = {
+    textOperations, highlightingOperations, recordOperations,   percentEncodingOperations, queryOperations,
+    jsonOperations, sizeOperations,         durationOperations, textSearchOperations,      colorOperations,
+};
+
+}  // namespace quorvel::command
