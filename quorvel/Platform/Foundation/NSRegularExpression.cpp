@@ -5,6 +5,7 @@
 
 #include <quorvel/Platform/Foundation/Hash.h>
 #include <quorvel/Platform/Foundation/Limits.h>
+#include <quorvel/Platform/Foundation/LiteralSearch.h>
 #include <quorvel/Platform/Foundation/Log.h>
 #include <quorvel/Platform/Foundation/NSRegularExpression.h>
 #include <quorvel/Platform/Foundation/Unicode.h>
@@ -23,13 +24,7 @@ struct CloseExpression {
 };
 using ICUExpression = std::unique_ptr<URegularExpression, CloseExpression>;
 
-std::uint32_t flagsOf(RegularExpressionOptions options) {
-  const auto bits = static_cast<std::uint32_t>(options);
-  std::uint32_t flags = 0;
-  if (bits & 1U) flags |= UREGEX_CASE_INSENSITIVE;
-  if (bits & 4U) flags |= UREGEX_LITERAL;
-  return flags;
-}
+bool isLiteral(RegularExpressionOptions options) { return (static_cast<std::uint32_t>(options) & 4U) != 0; }
 
 /// ICU counts an error's place in lines and characters; callers think in units.
 std::uint64_t unitOffset(StringView pattern, const UParseError& place) {
@@ -79,6 +74,7 @@ struct NSRegularExpression::Compiled {
   String pattern;
   Options options;
   std::size_t groupCount = 0;
+  std::optional<LiteralSearch> literal;  // then there is no `master`
   ICUExpression master;
 
   [[nodiscard]] ICUExpression take() const {
@@ -96,6 +92,13 @@ struct NSRegularExpression::Compiled {
   mutable std::mutex mutex;
   mutable std::vector<ICUExpression> idle;
 
+  static std::shared_ptr<const Compiled> ofLiteral(StringView pattern, Options options) {
+    auto compiled = std::make_shared<Compiled>();
+    compiled->pattern = pattern;
+    compiled->options = options;
+    compiled->literal.emplace(pattern, options == Options::CaseInsensitiveLiteral);
+    return compiled;
+  }
   static std::shared_ptr<const Compiled> compile(StringView pattern, Options options, PatternError& error);
   class Cache;
   class Search;
@@ -104,7 +107,9 @@ struct NSRegularExpression::Compiled {
 /// One call of a compiled expression on a text that it borrows.
 class NSRegularExpression::Compiled::Search {
  public:
-  Search(const Compiled& compiled, StringView text, NSRange range) : compiled_(compiled) {
+  Search(const Compiled& compiled, StringView text, NSRange range)
+      : compiled_(compiled), text_(text.sub(0, range.end())), literal_{range.location, 0} {
+    if (compiled.literal) return;
     matcher_ = text.size() <= INT32_MAX ? compiled.take() : nullptr;
     if (!matcher_ && text.size() <= INT32_MAX) matcher_ = clone();
     if (!matcher_) {
@@ -135,12 +140,14 @@ class NSRegularExpression::Compiled::Search {
 
   /// False at the end and when a limit was reached.
   [[nodiscard]] bool next() {
+    if (compiled_.literal) return nextLiteral();
     if (failed()) return false;
     if (deadline_.isOverNowAndThen()) return stop();
     const bool found = uregex_findNext(matcher_.get(), &status_) != 0;
     return found && !failed();
   }
   [[nodiscard]] NSRange group(std::size_t number) {
+    if (compiled_.literal) return literal_;
     const auto index = static_cast<std::int32_t>(number);
     const std::int64_t start = uregex_start64(matcher_.get(), index, &status_);
     const std::int64_t end = uregex_end64(matcher_.get(), index, &status_);
@@ -169,7 +176,15 @@ class NSRegularExpression::Compiled::Search {
     return U_SUCCESS(status) ? std::move(result) : nullptr;
   }
 
+  bool nextLiteral() {
+    const std::optional<NSRange> match = compiled_.literal->next(text_, literal_.end());
+    if (match) literal_ = *match;
+    return match.has_value();
+  }
+
   const Compiled& compiled_;
+  StringView text_;
+  NSRange literal_;  // the match of a literal
   Deadline deadline_;
   ICUExpression matcher_;
   UErrorCode status_ = U_ZERO_ERROR;
@@ -215,8 +230,8 @@ std::shared_ptr<const NSRegularExpression::Compiled> NSRegularExpression::Compil
                                                                                             PatternError& error) {
   UParseError place{};
   UErrorCode status = U_ZERO_ERROR;
-  ICUExpression master(
-      uregex_open(pattern.data(), static_cast<std::int32_t>(pattern.size()), flagsOf(options), &place, &status));
+  const std::uint32_t flags = options == Options::CaseInsensitive ? std::uint32_t{UREGEX_CASE_INSENSITIVE} : 0U;
+  ICUExpression master(uregex_open(pattern.data(), static_cast<std::int32_t>(pattern.size()), flags, &place, &status));
   if (U_FAILURE(status)) {
     error = {unitOffset(pattern, place), u_errorName(status)};
     return nullptr;
@@ -241,6 +256,7 @@ std::optional<NSRegularExpression> NSRegularExpression::withPattern(StringView p
     reason = {limits::kRegularExpressionPattern, "the pattern is too long"};
     return nil;
   }
+  if (isLiteral(options)) return NSRegularExpression(Compiled::ofLiteral(pattern, options));
   const std::uint64_t hash = hashing::bytes(pattern.data(), pattern.size() * sizeof(char16_t));
   auto compiled = Compiled::Cache::shared().find(hash, pattern, options);
   if (!compiled) {

@@ -1,0 +1,298 @@
+#include <algorithm>
+#include <bit>
+#include <tuple>
+
+#include <quorvel/Platform/Foundation/CaseFolding.h>
+#include <quorvel/Platform/Foundation/LiteralSearch.h>
+#include <quorvel/Platform/Foundation/UnitScan.h>
+
+namespace quorvel {
+namespace {
+
+using unicode::kInvalid;
+using vector::kLanes;
+using vector::Units;
+
+String folded(StringView text) {
+  const CaseFolding& folding = CaseFolding::shared();
+  StringBuilder out;
+  for (std::size_t i = 0; i < text.size();) {
+    const std::size_t start = i;
+    const CaseFolding::Fold* fold = folding.find(unicode::nextScalar(text, i));
+    out.append(fold ? fold->folded() : text.sub(start, i - start));
+  }
+  return out.finish();
+}
+
+bool beginsWith(StringView text, StringView prefix) {
+  return text.size() >= prefix.size() && text.sub(0, prefix.size()) == prefix;
+}
+
+struct Source {
+  char16_t units[2];
+  std::size_t size;
+};
+
+Source sourceOf(const CaseFolding::Fold& fold) {
+  if (fold.scalar <= 0xFFFF) return {{static_cast<char16_t>(fold.scalar), 0}, 1};
+  return {{static_cast<char16_t>(0xD7C0 + (fold.scalar >> 10)), static_cast<char16_t>(0xDC00 | (fold.scalar & 0x3FF))},
+          2};
+}
+
+/// How often a unit stands in texts, in thousandths, as far as it matters for the choice between two.
+unsigned frequencyOf(char16_t unit) {
+  static constexpr std::uint8_t kLetters[26] = {82, 15, 28, 43, 127, 22, 20, 61, 70, 2,  8, 40, 24,
+                                                67, 75, 19, 1,  60,  63, 91, 28, 10, 24, 2, 20, 1};
+  const char16_t letter = unitscan::foldASCII(unit);
+  if (letter >= u'a' && letter <= u'z') return letter == unit ? kLetters[letter - u'a'] : 2;
+  if (unit == u' ') return 180;
+  if (unicode::isHighSurrogate(unit)) return 100;  // most supplementary characters share a few
+  return 10;
+}
+
+}  // namespace
+
+bool LiteralSearch::Place::add(char16_t unit) {
+  if (holds(unit)) return true;
+  for (std::uint32_t i = 0; i < count; ++i) {
+    const auto difference = static_cast<char16_t>(tests[i].unit ^ unit);
+    if (tests[i].bit == 0 && std::has_single_bit(std::uint32_t{difference})) {
+      tests[i] = {static_cast<char16_t>(unit | difference), difference};
+      return true;
+    }
+  }
+  if (count == kMost) return false;
+  tests[count++] = {unit, 0};
+  return true;
+}
+
+bool LiteralSearch::Place::holds(char16_t unit) const {
+  return std::any_of(tests.begin(), tests.begin() + count, [unit](const Test& test) { return test.holds(unit); });
+}
+
+unsigned LiteralSearch::Place::frequency() const {
+  unsigned sum = 0;
+  for (std::uint32_t i = 0; i < count; ++i) {
+    sum += frequencyOf(tests[i].unit) + (tests[i].bit ? frequencyOf(tests[i].unit ^ tests[i].bit) : 0);
+    if (i > 0) sum += 60;  // a further comparison for every unit of the text
+  }
+  return sum;
+}
+
+LiteralSearch::LiteralSearch(StringView needle, bool ignoringCase)
+    : needle_(ignoringCase ? folded(needle) : String(needle)), folds_(ignoringCase) {
+  Places places;
+  const std::size_t count = collectPlaces(places);
+  hasPlaces_ = count > 0;
+  if (hasPlaces_) choosePlaces(places, count);
+}
+
+/// The places at whose offset every match has its unit, whichever characters it is made of; those that begin with a
+/// starter are apart. Answers their number; none when even the first has too many units.
+std::size_t LiteralSearch::collectPlaces(Places& places) {
+  std::size_t offset = 0;
+  while (offset < needle_.size() && offset < kLook) {
+    places[offset].offset = static_cast<std::uint32_t>(offset);
+    if (!folds_) {
+      places[offset].add(needle_[offset]);
+      ++offset;
+      continue;
+    }
+    const std::size_t next = collectScalar(places, offset);
+    if (next <= offset) break;
+    offset = next;
+  }
+  return offset;
+}
+
+std::size_t LiteralSearch::collectScalar(Places& places, std::size_t offset) {
+  const StringView rest = StringView(needle_).sub(offset);
+  std::size_t size = 0;
+  std::ignore = unicode::nextScalar(rest, size);
+  if (size == 2 && offset + 1 >= kLook) return offset;
+  Place& place = places[offset];
+  Place& low = places[offset + size - 1];
+  low.offset = static_cast<std::uint32_t>(offset + size - 1);
+  place.add(rest[0]);
+  low.add(rest[size - 1]);
+  for (const CaseFolding::Fold& fold : CaseFolding::shared().beginningWith(rest[0])) {
+    if (!beginsWith(rest, fold.folded())) continue;
+    const Source source = sourceOf(fold);
+    const bool sameSize = fold.size == size && source.size == size;
+    if (sameSize ? !place.add(source.units[0]) || !low.add(source.units[size - 1])
+                 : offset > 0 || !starters_.add(source.units[0])) {
+      return offset;  // later offsets differ from match to match
+    }
+  }
+  return offset + size;
+}
+
+void LiteralSearch::choosePlaces(const Places& places, std::size_t count) {
+  std::array<std::size_t, kLook> order{};
+  for (std::size_t i = 0; i < count; ++i) order[i] = i;
+  std::stable_sort(order.begin(), order.begin() + static_cast<std::ptrdiff_t>(count),
+                   [&](std::size_t a, std::size_t b) { return places[a].frequency() < places[b].frequency(); });
+  first_ = places[order[0]];
+  second_ = places[order[count > 1 ? 1 : 0]];
+}
+
+bool LiteralSearch::mayStart(StringView text, std::size_t start) const {
+  const bool inside = start + std::max(first_.offset, second_.offset) < text.size();
+  return (inside && first_.holds(text[start + first_.offset]) && second_.holds(text[start + second_.offset])) ||
+         starters_.holds(text[start]);
+}
+
+/// Calls `confirm` with every place where a match may start, in order, until it answers true. `hits` gives the lanes of
+/// eight places that may.
+template <class Hits, class Confirm>
+void LiteralSearch::scanBlocks(StringView text, std::size_t from, Hits hits, Confirm confirm) const {
+  const std::size_t reach = std::max(first_.offset, second_.offset) + 2 * kLanes;
+  std::size_t i = from;
+  for (; i + reach <= text.size(); i += 2 * kLanes) {
+    const Units low = hits(text.data() + i);
+    const Units high = hits(text.data() + i + kLanes);
+    if ((low | high).noneSet()) continue;
+    vector::Lanes lanes{low.lanesSet().bits | high.lanesSet().bits << kLanes};
+    for (; lanes.any(); lanes.bits &= lanes.bits - 1) {
+      if (confirm(i + lanes.first())) return;
+    }
+  }
+  for (; i < text.size(); ++i) {
+    if (mayStart(text, i) && confirm(i)) return;
+  }
+}
+
+template <class Confirm>
+void LiteralSearch::scan(StringView text, std::size_t from, Confirm confirm) const {
+  const std::size_t firstOffset = first_.offset;
+  const std::size_t secondOffset = second_.offset;
+  if (first_.count == 1 && second_.count == 1 && starters_.count == 0) {
+    const Units firstUnit = Units::splat(first_.tests[0].unit);
+    const Units firstBit = Units::splat(first_.tests[0].bit);
+    const Units secondUnit = Units::splat(second_.tests[0].unit);
+    const Units secondBit = Units::splat(second_.tests[0].bit);
+    scanBlocks(
+        text, from,
+        [=](const char16_t* at) {
+          return equal(Units::load(at + firstOffset) | firstBit, firstUnit) &
+                 equal(Units::load(at + secondOffset) | secondBit, secondUnit);
+        },
+        confirm);
+    return;
+  }
+  const auto hitsOf = [](const Place& place, Units units) {
+    Units hits = Units::splat(0);
+    for (std::uint32_t i = 0; i < place.count; ++i) {
+      hits = hits | equal(units | Units::splat(place.tests[i].bit), Units::splat(place.tests[i].unit));
+    }
+    return hits;
+  };
+  scanBlocks(
+      text, from,
+      [=, this](const char16_t* at) {
+        return (hitsOf(first_, Units::load(at + firstOffset)) & hitsOf(second_, Units::load(at + secondOffset))) |
+               hitsOf(starters_, Units::load(at));
+      },
+      confirm);
+}
+
+/// A match begins where a character does; characters are counted from the end of the match before.
+bool LiteralSearch::isStart(StringView text, std::size_t from, std::size_t place) const {
+  return !unicode::isLowSurrogate(text[place]) || place == from || !unicode::isHighSurrogate(text[place - 1]);
+}
+
+/// With case, a needle of several characters is compared unit by unit and may end inside a pair; one of a single
+/// unpaired surrogate may not.
+bool LiteralSearch::isEnd(StringView text, std::size_t place) const {
+  return needle_.size() > 1 || !unicode::isHighSurrogate(needle_[0]) || place == text.size() ||
+         !unicode::isLowSurrogate(text[place]);
+}
+
+/// The end of the match that begins at `start`, or `kInvalid`.
+std::size_t LiteralSearch::matchEnd(StringView text, std::size_t start, std::size_t& compared) const {
+  if (folds_) return foldedMatchEnd(text, start, compared);
+  const std::size_t end = start + needle_.size();
+  if (end > text.size()) return kInvalid;
+  const std::size_t common = unicode::commonPrefix(text.data() + start, needle_.data(), needle_.size());
+  compared += common;
+  return common == needle_.size() && isEnd(text, end) ? end : kInvalid;
+}
+
+std::size_t LiteralSearch::foldedMatchEnd(StringView text, std::size_t start, std::size_t& compared) const {
+  const StringView needle = needle_;
+  std::size_t i = start;
+  std::size_t j = 0;
+  while (j < needle.size() && i < text.size()) {
+    if (text[i] == needle[j] && !unicode::isSurrogate(text[i])) {  // a folded character folds to itself
+      ++i;
+      ++j;
+      continue;
+    }
+    const std::size_t from = i;
+    const CaseFolding::Fold* fold = CaseFolding::shared().find(unicode::nextScalar(text, i));
+    const StringView units = fold ? fold->folded() : text.sub(from, i - from);
+    if (!beginsWith(needle.sub(j), units)) break;
+    j += units.size();
+  }
+  compared += j;
+  return j == needle.size() ? i : kInvalid;
+}
+
+std::optional<NSRange> LiteralSearch::next(StringView text, std::size_t from) const {
+  if (!hasPlaces_) return nextInLinearTime(text, from);
+  std::optional<NSRange> found;
+  bool tooMuch = false;
+  std::size_t compared = 0;
+  scan(text, from, [&](std::size_t start) {
+    if (!isStart(text, from, start)) return false;
+    const std::size_t end = matchEnd(text, start, compared);
+    if (end != kInvalid) found = NSRange{start, end - start};
+    tooMuch = compared > 4 * (start - from) + 4 * needle_.size() + 256;
+    return found || tooMuch;
+  });
+  return found || !tooMuch ? found : nextInLinearTime(text, from);
+}
+
+/// The algorithm of Knuth, Morris and Pratt on the folded text, for texts that repeat beginnings of the needle.
+std::optional<NSRange> LiteralSearch::nextInLinearTime(StringView text, std::size_t from) const {
+  const StringView needle = needle_;
+  const std::size_t size = needle.size();
+  std::vector<std::size_t> border(size);  // of needle[0...i]: the longest beginning that is also its end
+  const auto advance = [&](std::size_t state, char16_t unit) {
+    while (state > 0 && needle[state] != unit) state = border[state - 1];
+    return needle[state] == unit ? state + 1 : state;
+  };
+  for (std::size_t i = 1; i < size; ++i) border[i] = advance(border[i - 1], needle[i]);
+
+  std::vector<std::size_t> starts(size);  // where the last `size` folded units come from, if they begin a character
+  std::size_t count = 0;
+  std::size_t state = 0;
+  for (std::size_t i = from; i < text.size();) {
+    const std::size_t start = i;
+    const CaseFolding::Fold* fold = nullptr;
+    if (folds_) fold = CaseFolding::shared().find(unicode::nextScalar(text, i));
+    if (!folds_) ++i;
+    const StringView units = fold ? fold->folded() : text.sub(start, i - start);
+    for (std::size_t k = 0; k < units.size(); ++k) {
+      starts[count++ % size] = k == 0 && isStart(text, from, start) ? start : kInvalid;
+      state = advance(state, units[k]);
+      if (state < size) continue;
+      const std::size_t begin = starts[count % size];
+      if (begin != kInvalid && k + 1 == units.size() && (folds_ || isEnd(text, i))) return NSRange{begin, i - begin};
+      state = border[size - 1];
+    }
+  }
+  return nil;
+}
+
+std::vector<NSRange> LiteralSearch::ranges(StringView text) const {
+  std::vector<NSRange> result;
+  std::size_t from = 0;
+  while (const std::optional<NSRange> match = next(text, from)) {
+    result.push_back(*match);
+    from = match->end();
+  }
+  return result;
+}
+
+}  // namespace quorvel

@@ -1,0 +1,206 @@
+#include <random>
+
+#include <gtest/gtest.h>
+#include <unicode/uchar.h>
+#include <unicode/uregex.h>
+#include <unicode/ustring.h>
+
+#include <quorvel/Platform/Foundation/CaseFolding.h>
+#include <quorvel/Platform/Foundation/LiteralSearch.h>
+
+namespace quorvel {
+namespace {
+
+std::u16string unitsOf(char32_t scalar) {
+  if (scalar <= 0xFFFF) return {static_cast<char16_t>(scalar)};
+  return {static_cast<char16_t>(0xD7C0 + (scalar >> 10)), static_cast<char16_t>(0xDC00 | (scalar & 0x3FF))};
+}
+
+std::string shown(std::u16string_view text) {
+  std::string out;
+  for (const char16_t unit : text.substr(0, 80)) {
+    char buffer[8];
+    std::snprintf(buffer, sizeof buffer, "%04X ", static_cast<unsigned>(unit));
+    out += buffer;
+  }
+  return out;
+}
+
+std::vector<NSRange> rangesByICU(const std::u16string& needle, const std::u16string& text, bool ignoringCase) {
+  UErrorCode status = U_ZERO_ERROR;
+  std::uint32_t flags = UREGEX_LITERAL;
+  if (ignoringCase) flags |= UREGEX_CASE_INSENSITIVE;
+  URegularExpression* expression =
+      uregex_open(needle.data(), static_cast<std::int32_t>(needle.size()), flags, nullptr, &status);
+  uregex_setText(expression, text.data(), static_cast<std::int32_t>(text.size()), &status);
+  std::vector<NSRange> ranges;
+  while (uregex_findNext(expression, &status)) {
+    const auto start = static_cast<std::uint64_t>(uregex_start(expression, 0, &status));
+    ranges.push_back({start, static_cast<std::uint64_t>(uregex_end(expression, 0, &status)) - start});
+  }
+  EXPECT_TRUE(U_SUCCESS(status)) << u_errorName(status);
+  uregex_close(expression);
+  return ranges;
+}
+
+/// The text in a block of its exact size, so that a sanitizer sees a read past its end.
+std::vector<NSRange> ranges(const std::u16string& needle, const std::u16string& text, bool ignoringCase) {
+  const auto block = std::make_unique<char16_t[]>(text.size());
+  std::copy(text.begin(), text.end(), block.get());
+  return LiteralSearch(needle, ignoringCase).ranges(StringView(block.get(), text.size()));
+}
+
+bool agree(const std::u16string& needle, const std::u16string& text) {
+  for (const bool ignoringCase : {true, false}) {
+    if (ranges(needle, text, ignoringCase) == rangesByICU(needle, text, ignoringCase)) continue;
+    ADD_FAILURE() << (ignoringCase ? "ignoring case" : "with case") << "\nneedle " << shown(needle) << "\ntext   "
+                  << shown(text);
+    return false;
+  }
+  return true;
+}
+
+/// Each scalar that changes when folded, everywhere in Unicode.
+std::vector<char32_t> changedScalars() {
+  std::vector<char32_t> scalars;
+  for (char32_t scalar = 0; scalar <= 0x10FFFF; ++scalar) {
+    const std::u16string source = unitsOf(scalar);
+    char16_t out[8];
+    UErrorCode status = U_ZERO_ERROR;
+    const auto size = static_cast<std::size_t>(
+        u_strFoldCase(out, 8, source.data(), static_cast<std::int32_t>(source.size()), U_FOLD_CASE_DEFAULT, &status));
+    const CaseFolding::Fold* fold = CaseFolding::shared().find(scalar);
+    const std::u16string_view folded(out, size);
+    EXPECT_EQ(fold ? fold->folded().units() : std::u16string_view(source), folded)
+        << std::hex << static_cast<std::uint32_t>(scalar);
+    if (folded != source) scalars.push_back(scalar);
+  }
+  return scalars;
+}
+
+TEST(LiteralSearch, FoldsLikeICUAndFindsEveryCharacterUnderEveryForm) {
+  const std::vector<char32_t> scalars = changedScalars();
+  ASSERT_GT(scalars.size(), 1400U);
+  for (const char32_t scalar : scalars) {
+    const std::u16string source = unitsOf(scalar);
+    const CaseFolding::Fold* known = CaseFolding::shared().find(scalar);
+    ASSERT_NE(known, nullptr);
+    const std::u16string folded(known->folded().units());
+    // All that fold to the same beginning, once each, between characters that fold to nothing else.
+    std::u16string text = u"-" + source + u"-" + folded + u"-";
+    for (const CaseFolding::Fold& fold : CaseFolding::shared().beginningWith(folded[0])) {
+      text += unitsOf(fold.scalar) + u"." + unitsOf(fold.scalar) + folded.substr(1);
+    }
+    for (const std::u16string& needle : {source, source + u"-", u"-" + source, folded.substr(0, 1), folded + u"."}) {
+      if (!agree(needle, text)) return;
+    }
+  }
+}
+
+struct SearchRow {
+  StringView needle;
+  StringView text;
+  std::vector<NSRange> expected;
+  const char* why;
+};
+
+TEST(LiteralSearch, FindsByFullFolding) {
+  const SearchRow rows[] = {
+      {u"strasse", u"Die Straße STRASSE", {{4, 6}, {11, 7}}, "sharp s folds to two letters"},
+      {u"stra\u1E9Ee", u"strasse", {{0, 7}}, "the capital sharp s too"},
+      {u"s", u"ß\u017Fs", {{1, 1}, {2, 1}}, "no match ends inside what sharp s folds to"},
+      {u"sa", u"ßa", {}, "and none begins there"},
+      {u"ss", u"sssß", {{0, 2}, {3, 1}}, "matches do not overlap; the third s is no match with half of the next"},
+      {u"\u0130", u"i\u0307 \u0130 I \u0131", {{0, 2}, {3, 1}}, "dotted capital I is i with a dot; dotless i is apart"},
+      {u"fin", u"\uFB01n FIN f\uFB01n", {{0, 2}, {3, 3}, {8, 2}}, "a ligature at the start"},
+      {u"\u03C3", u"\u03A3\u03C2\u03C3", {{0, 1}, {1, 1}, {2, 1}}, "all sigmas"},
+      {u"\uAB70", u"\u13A0\uAB70", {{0, 1}, {1, 1}}, "Cherokee folds to capitals"},
+      {u"\U00010400", u"\U00010428\U00010400", {{0, 2}, {2, 2}}, "Deseret"},
+      {u"k", u"\u212AKk", {{0, 1}, {1, 1}, {2, 1}}, "the Kelvin sign"},
+      {u"회의", u"회의록 회의", {{0, 2}, {4, 2}}, "no case"},
+      {u"a.c", u"abc A.C", {{4, 3}}, "nothing is special"},
+      {u"abc", u"ab", {}, "longer than the text"},
+      {u"\U0001F600", u"\U0001F601\U0001F600", {{2, 2}}, "same first half, other second"},
+  };
+  for (const auto& [needle, text, expected, why] : rows) {
+    EXPECT_EQ(LiteralSearch(needle, true).ranges(text), expected) << why;
+    agree(std::u16string(needle.units()), std::u16string(text.units()));
+  }
+}
+
+TEST(LiteralSearch, BrokenSurrogatesAreNoCharactersInsidePairs) {
+  const std::u16string high = u"\xD83D";
+  const std::u16string low = u"\xDE00";
+  const std::u16string pair = high + low;
+  for (const std::u16string& needle : {high, low, u"a" + high, low + u"a", high + u"a", low + high, high + high}) {
+    for (const std::u16string& text :
+         {pair, u"a" + pair + u"a", high + pair, low + pair + high, high + high + low + low + u"a" + high, low + low,
+          u"a" + high + u"a" + low + u"a" + pair + low + u"a"}) {
+      agree(needle, text);
+      agree(needle, text + std::u16string(40, u'-') + text);
+    }
+  }
+}
+
+/// Texts made of few letters that share folds, so that near misses abound.
+class RandomTexts {
+ public:
+  explicit RandomTexts(std::uint32_t seed) : random_(seed) {}
+  std::u16string text(std::size_t most, std::size_t letters) {
+    std::u16string result;
+    const std::size_t size = random_() % (most + 1);
+    const std::size_t from = random_() % std::size(kAlphabet);
+    while (result.size() < size) result += kAlphabet[(from + random_() % letters) % std::size(kAlphabet)];
+    return result;
+  }
+  std::uint32_t number(std::uint32_t below) { return static_cast<std::uint32_t>(random_() % below); }
+
+ private:
+  static constexpr std::u16string_view kAlphabet[] = {
+      u"s",      u"S",      u"\u017F", u"ß",      u"\u1E9E", u"t",          u"T",          u"\uFB05",     u"\uFB06",
+      u"f",      u"F",      u"i",      u"\uFB00", u"\uFB01", u"\uFB03",     u"l",          u"\uFB02",     u"\uFB04",
+      u"I",      u"\u0130", u"\u0131", u"\u0307", u"j",      u"\u01F0",     u"\u030C",     u"J",          u"k",
+      u"K",      u"\u212A", u"\u00E5", u"\u212B", u"\u00C5", u"n",          u"\u0149",     u"\u02BC",     u"N",
+      u"\u03B9", u"\u0390", u"\u1FD3", u"\u0308", u"\u0301", u"\u0345",     u"\u1FBE",     u"\u0399",     u"\u03B1",
+      u"\u1FB3", u"\u1FBC", u"\u1FB7", u"\u0342", u"\u1FB6", u"\u03C9",     u"\u03C2",     u"\u03C3",     u"\u03A3",
+      u"\u0432", u"\u1C80", u"\u0412", u"\u13A0", u"\uAB70", u"\u13F8",     u"\u13F0",     u"\uAB70",     u"\xD801",
+      u"\xDC00", u"\xDC28", u"\xD83D", u"\xDE00", u"-",      u"\U00010400", u"\U00010428", u"\U0001E900", u"\U0001E922",
+      u"회",     u"의",     u"a",      u"A",      u"\u1E9A", u"\u02BE",     u"\u0587",     u"\u0565",     u"\u0582",
+      u" "};
+  std::mt19937 random_;
+};
+
+TEST(LiteralSearch, AgreesWithICUOnRandomTexts) {
+  RandomTexts random(20170714);
+  for (int round = 0; round < 40000; ++round) {
+    const std::size_t letters = 2 + random.number(round % 4 == 0 ? 90 : 8);
+    std::u16string text = random.text(round % 8 == 0 ? 120 : 30, letters);
+    std::u16string needle = random.text(1 + random.number(6), letters);
+    if (random.number(2) && !text.empty())
+      needle = text.substr(random.number(static_cast<std::uint32_t>(text.size())), 1 + random.number(5));
+    if (needle.empty()) continue;
+    if (!agree(needle, text)) return;
+  }
+}
+
+TEST(LiteralSearch, RepeatedBeginningsTakeLinearTimeAndStayExact) {
+  RandomTexts random(7);
+  for (int round = 0; round < 60; ++round) {
+    std::u16string piece = random.text(4, 3);
+    if (piece.empty()) continue;
+    std::u16string needle;
+    for (int i = 0; i < 300; ++i) needle += piece;
+    std::u16string text;
+    for (int i = 0; i < 1000; ++i) text += i % 350 == 340 ? u"~" : piece;
+    if (!agree(needle + u"x", text + needle + u"X")) return;
+    if (!agree(needle, text)) return;
+  }
+  // Comparing at each place would take 2^31 steps for each search here.
+  const std::u16string text(std::size_t{1} << 18, u'a');
+  const std::u16string needle(std::size_t{1} << 14, u'A');
+  EXPECT_TRUE(LiteralSearch(needle + u"b", true).ranges(text).empty());
+  EXPECT_EQ(LiteralSearch(needle, true).ranges(text).size(), 16U);
+}
+
+}  // namespace
+}  // namespace quorvel
