@@ -88,8 +88,8 @@ String localizedFormat(const String& text, std::span<const Value> arguments) {
 }
 
 std::optional<String> trimmedString(StringView text) {
-  const StringView left = Trimmed(text).view();
-  return left.isEmpty() ? std::nullopt : std::optional(String(left));
+  const Trimmed left(text);  // owns what the view may point into
+  return left.view().isEmpty() ? std::nullopt : std::optional(String(left.view()));
 }
 
 std::size_t count(StringView text) { return countOfClusters(text); }
