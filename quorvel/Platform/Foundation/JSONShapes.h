@@ -40,6 +40,7 @@ class Shape {
       ends_[i] = sink.size();
     }
     text_.assign(sink.begin(), sink.size());
+    text_.append(Sink<Unit>::kSlack, Unit{});
     count_ = count;
     return true;
   }
@@ -48,7 +49,7 @@ class Shape {
   [[nodiscard]] std::size_t place(std::size_t index) const { return order_[index]; }
   void putKey(std::size_t index, Sink<Unit>& sink) const {
     const std::size_t from = index == 0 ? 0 : ends_[index - 1];
-    sink.putUnits(text_.data() + from, ends_[index] - from);
+    sink.putPadded(text_.data() + from, ends_[index] - from);
   }
 
  private:

@@ -33,7 +33,9 @@ class Sink {
   [[nodiscard]] const Unit* begin() const { return begin_; }
   [[nodiscard]] std::size_t size() const { return static_cast<std::size_t>(at_ - begin_); }
 
-  /// Room for `count` units and a vector more.
+  static constexpr std::size_t kSlack = 3 * vector::kLanes;  // UTF-8 of eight units
+
+  /// Room for `count` units and `kSlack` more.
   void ensure(std::size_t count) {
     if (static_cast<std::size_t>(end_ - at_) < count + kSlack) grow(count);
   }
@@ -42,9 +44,10 @@ class Sink {
     ensure(text.size());
     for (const char byte : text) put(byte);
   }
-  void putUnits(const Unit* units, std::size_t count) {
+  /// Units behind which `kSlack` more can be read: blocks of one size are cheaper to copy than the exact length.
+  void putPadded(const Unit* units, std::size_t count) {
     ensure(count);
-    std::memcpy(at_, units, count * sizeof(Unit));
+    for (std::size_t i = 0; i < count; i += kBlock) std::memcpy(at_ + i, units + i, kBlock * sizeof(Unit));
     at_ += count;
   }
   void fill(char ascii, std::size_t count) {
@@ -73,7 +76,7 @@ class Sink {
   using Units = vector::Units;
 
   static constexpr bool kIsUTF16 = sizeof(Unit) == sizeof(char16_t);
-  static constexpr std::size_t kSlack = 3 * vector::kLanes;  // UTF-8 of eight units
+  static constexpr std::size_t kBlock = 16 / sizeof(Unit);
   static constexpr std::size_t kInline = 4096 / sizeof(Unit);
 
   [[gnu::noinline]] void grow(std::size_t count) {

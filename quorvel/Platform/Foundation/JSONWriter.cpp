@@ -45,9 +45,8 @@ class Writer {
   };
 
   bool writeValue(const Value& value) {
+    if (value.isString()) return sink_.putQuoted(value);
     switch (value.kind()) {
-      case Value::Kind::String:
-        return sink_.putQuoted(value);
       case Value::Kind::Number:
         return writeNumber(*value.asNumber());
       case Value::Kind::Null:
@@ -59,6 +58,7 @@ class Writer {
         return open({nullptr, value.asDictionary()->begin(), value.asDictionary()->size(), 0, 0, Shapes<Unit>::kNone},
                     true);
       case Value::Kind::Nil:
+      case Value::Kind::String:
       case Value::Kind::Date:
       case Value::Kind::Data:
       case Value::Kind::Object:
