@@ -1,0 +1,178 @@
+#include <csignal>
+#include <thread>
+
+#include <apps/quorvel/Batch.h>
+#include <apps/quorvel/Call.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <tests/support/Command.h>
+#include <unistd.h>
+
+namespace quorvel::command {
+namespace {
+
+constexpr std::string_view kTrim = R"({"family":"StringUtils","operation":"trim:","args":[" a "]})";
+constexpr std::string_view kTrimmed = R"({"result":"a"})";
+
+struct LineRow {
+  std::string_view line;
+  std::string_view answer;
+  const char* why;
+};
+
+constexpr LineRow kLines[] = {
+    {kTrim, kTrimmed, "a call"},
+    {R"(  {"args":[" a "],"operation":"trim","id":7,"family":"StringUtils"}  )", kTrimmed,
+     "members in any order, unknown ones ignored, white space around"},
+    {R"({"family":"String extension","operation":"nonBreakSpace"})", "{\"result\":\"\u00A0\"}", "args left out"},
+    {"{\"family\":\"StringUtils\",\"operation\":\"trim:\",\"args\":[\" a \"]}\r", kTrimmed, "a CR before the LF"},
+    {"", R"({"error":"an empty line is no call"})", "an empty line"},
+    {"\r", R"({"error":"an empty line is no call"})", "an empty line that ends in CR LF"},
+    {"[1]", R"({"error":"a call is an object {\"family\": ..., \"operation\": ..., \"args\": [...]}"})", "no object"},
+    {R"({"operation":"trim:"})", R"({"error":"\"family\" is missing or no string"})", "no family"},
+    {R"({"family":"StringUtils","operation":5})", R"({"error":"\"operation\" is missing or no string"})",
+     "an operation that is no name"},
+    {R"({"family":"StringUtils","operation":"trim:","args":" a "})", R"({"error":"\"args\" is no list"})",
+     "arguments that are no list"},
+    {R"({"family":"StringUtils","operation":"trim:","args":null})", R"({"error":"\"args\" is no list"})",
+     "arguments that are null"},
+    {R"({"family":"\u0001\"","operation":"x"})", R"({"error":"unknown family '\u0001\"'"})", "what came is escaped"},
+};
+
+TEST(Batch, AnswersALine) {
+  for (const auto& [line, answer, why] : kLines) {
+    std::string out = "before\n";
+    const bool isResult = answerCall(line, out);
+    EXPECT_EQ(out, "before\n" + std::string(answer) + "\n") << line << ": " << why;
+    EXPECT_EQ(isResult, answer.starts_with("{\"result\"")) << line << ": " << why;
+  }
+}
+
+/// The command's loop on two pipes, with this test at their other ends.
+class Peer {
+ public:
+  Peer() {
+    // The loop in the command's process ignores the signal too.
+    std::signal(SIGPIPE, SIG_IGN);
+    if (::pipe(toLoop_) != 0 || ::pipe(fromLoop_) != 0) ADD_FAILURE() << "no pipes";
+    loop_ = std::thread([this] {
+      status_ = runBatch(toLoop_[0], fromLoop_[1]);
+      ::close(toLoop_[0]);
+      ::close(fromLoop_[1]);
+    });
+  }
+  ~Peer() {
+    if (loop_.joinable()) finish();
+    closeAnswers();
+  }
+
+  void send(std::string_view bytes) {
+    for (std::size_t sent = 0; sent < bytes.size();) {
+      const ssize_t count = ::write(toLoop_[1], bytes.data() + sent, bytes.size() - sent);
+      if (count < 0) return;
+      sent += static_cast<std::size_t>(count);
+    }
+  }
+  /// What comes within ten seconds up to a line's end, or nothing.
+  std::string receiveLine() {
+    std::string line;
+    for (char byte = 0; byte != '\n'; line += byte) {
+      pollfd poll{fromLoop_[0], POLLIN, 0};
+      if (::poll(&poll, 1, 10000) <= 0 || ::read(fromLoop_[0], &byte, 1) != 1) return {};
+    }
+    return line;
+  }
+  std::string receiveAll() {
+    std::string all;
+    char chunk[65536];
+    for (ssize_t count; (count = ::read(fromLoop_[0], chunk, sizeof chunk)) > 0;)
+      all.append(chunk, static_cast<std::size_t>(count));
+    return all;
+  }
+  void closeAnswers() {
+    if (fromLoop_[0] >= 0) ::close(std::exchange(fromLoop_[0], -1));
+  }
+  void closeInput() {
+    if (toLoop_[1] >= 0) ::close(std::exchange(toLoop_[1], -1));
+  }
+  int finish() {
+    closeInput();
+    loop_.join();
+    return status_;
+  }
+
+ private:
+  int toLoop_[2] = {-1, -1};
+  int fromLoop_[2] = {-1, -1};
+  int status_ = -1;
+  std::thread loop_;
+};
+
+TEST(Batch, AnswersAnInteractivePeerLineByLine) {
+  Peer peer;
+  for (int i = 0; i < 3; ++i) {
+    peer.send(std::string(kTrim) + "\n");
+    EXPECT_EQ(peer.receiveLine(), std::string(kTrimmed) + "\n") << "the peer sends its next call after this answer";
+  }
+  peer.send(kTrim.substr(0, 20));
+  peer.send(std::string(kTrim.substr(20)) + "\n{");
+  EXPECT_EQ(peer.receiveLine(), std::string(kTrimmed) + "\n") << "a line that comes in pieces";
+  peer.send("}");
+  peer.closeInput();
+  EXPECT_EQ(peer.receiveLine().substr(0, 9), "{\"error\":") << "the last line has no line break";
+  EXPECT_EQ(peer.finish(), 1) << "a line was answered with an error";
+}
+
+TEST(Batch, KeepsTheOrderOfManyCallsAndGoesOnAfterErrors) {
+  constexpr int kCount = 20000;
+  const std::string start = R"x({"family":"NSObject(ConvertString)","operation":"toStringValue","args":[)x";
+  std::string input;
+  std::string expected;
+  for (int i = 0; i < kCount; ++i) {
+    const std::string number = std::to_string(i);
+    input += i % 7 == 0 ? "no JSON" : start + number + "]}";
+    input += i + 1 < kCount ? "\n" : "";
+    expected += i % 7 == 0 ? "E" : "\"" + number + "\"";
+  }
+  const test::Outcome outcome = test::runCommand({"call", "--batch"}, input);
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err, "");
+  std::string answers;
+  for (std::size_t at = 0, end; (end = outcome.out.find('\n', at)) != std::string::npos; at = end + 1) {
+    const std::string line = outcome.out.substr(at, end - at);
+    answers += line.starts_with("{\"error\"") ? "E" : line.substr(10, line.size() - 11);
+  }
+  EXPECT_TRUE(answers == expected);
+  EXPECT_EQ(test::runCommand({"call", "--batch"}, std::string(kTrim)).status, 0);
+  EXPECT_EQ(test::runCommand({"call", "--batch"}).out, "") << "no input, no answer";
+}
+
+TEST(Batch, ALineMayHave64MiBAndALongerOneIsAnsweredWithAnError) {
+  const std::string start = R"x({"family":"String extension","operation":"length()","args":[")x";
+  const std::string end = R"x("]})x";
+  const std::size_t room = kLongestLine - start.size() - end.size();
+  Peer peer;
+  std::thread sender([&] {
+    peer.send(start + std::string(room, 'a') + end + "\n");
+    peer.send(start + std::string(room + 1, 'a') + end + "\n");
+    peer.send(std::string(3 * kLongestLine, 'a'));
+    peer.send("\n" + std::string(kTrim) + "\n");
+    peer.closeInput();
+  });
+  EXPECT_EQ(peer.receiveLine(), "{\"result\":" + std::to_string(room) + "}\n");
+  EXPECT_EQ(peer.receiveLine(), "{\"error\":\"a line is longer than 64 MiB\"}\n") << "one byte more";
+  EXPECT_EQ(peer.receiveLine(), "{\"error\":\"a line is longer than 64 MiB\"}\n") << "never held in memory";
+  EXPECT_EQ(peer.receiveLine(), std::string(kTrimmed) + "\n") << "the stream goes on";
+  sender.join();
+  EXPECT_EQ(peer.finish(), 1);
+}
+
+TEST(Batch, EndsQuietlyWhenNobodyReadsItsAnswers) {
+  Peer peer;
+  peer.closeAnswers();
+  peer.send(std::string(kTrim) + "\n");
+  EXPECT_EQ(peer.finish(), 0);
+}
+
+}  // namespace
+}  // namespace quorvel::command

@@ -1,0 +1,216 @@
+#include <algorithm>
+#include <fstream>
+#include <set>
+
+#include <apps/quorvel/Help.h>
+#include <apps/quorvel/Operation.h>
+#include <gtest/gtest.h>
+#include <tests/support/Command.h>
+
+#include <quorvel/Platform/Foundation/NSJSONSerialization.h>
+
+namespace quorvel::command {
+namespace {
+
+using Names = std::set<std::pair<std::string, std::string>>;
+
+Value parsed(std::string_view json) { return NSJSONSerialization::parseFragment(json); }
+
+/// The result as JSON text, or the error after "! ".
+std::string invoked(const Operation& operation, const Value& arguments) {
+  const List& list = *arguments.asList();
+  std::string error;
+  const auto result = operation.invoke(operation, {list.begin(), list.size()}, error);
+  if (!result) return "! " + error;
+  return NSJSONSerialization::writeFragmentUTF8(*result, 0).value_or("! not writable");
+}
+
+std::string called(std::string_view family, std::string_view name, std::string_view arguments) {
+  std::string error;
+  const Operation* operation = findOperation(String::fromASCII(family), String::fromASCII(name), error);
+  return operation ? invoked(*operation, parsed(arguments)) : "! " + error;
+}
+
+Names listedNames() {
+  Names names;
+  std::ifstream file(QUORVEL_TEST_DATA "/../../docs/operation-names.tsv");
+  for (std::string line; std::getline(file, line);) {
+    const std::size_t tab = line.find('\t');
+    names.emplace(line.substr(0, tab), line.substr(tab + 1));
+  }
+  return names;
+}
+
+TEST(Operations, TheTableHasEveryNameOnceAndNoOther) {
+  const Names listed = listedNames();
+  ASSERT_GT(listed.size(), 100U);
+  Names seen;
+  for (const Operation& operation : allOperations()) {
+    const std::pair<std::string, std::string> name(operation.family, operation.name);
+    EXPECT_TRUE(seen.insert(name).second) << name.first << " " << name.second << " stands twice";
+    EXPECT_TRUE(listed.contains(name)) << name.first << " " << name.second << " is no operation";
+  }
+  for (const auto& name : listed) EXPECT_TRUE(seen.contains(name)) << name.first << " " << name.second << " is missing";
+}
+
+TEST(Operations, EveryExampleAnswersAResult) {
+  for (const Operation& operation : allOperations()) {
+    const Value arguments = parsed(operation.example);
+    ASSERT_TRUE(arguments.isList()) << operation.family << " " << operation.name;
+    EXPECT_NE(invoked(operation, arguments).substr(0, 1), "!")
+        << operation.family << " " << operation.name << ": " << invoked(operation, arguments);
+  }
+}
+
+TEST(Operations, WrongArgumentsAreAnErrorThatNamesTheOperation) {
+  for (const char* json : {"null", "true", "-1", "2.5", R"("")", "[]", R"([[1]])", "{}", R"({"$data":"AA=="})"}) {
+    for (const Operation& operation : allOperations()) {
+      const std::size_t count = parameterNames(operation).size();
+      List arguments;
+      for (std::size_t i = 0; i < count; ++i) arguments.append(parsed(json));
+      const std::string answer = invoked(operation, arguments);
+      const bool isNamed = answer.find("'" + std::string(operation.name) + "'") != std::string::npos;
+      EXPECT_TRUE(isNamed || !answer.starts_with("! ")) << answer;
+    }
+  }
+}
+
+TEST(Operations, TheNumberOfArgumentsIsChecked) {
+  for (const Operation& operation : allOperations()) {
+    if (operation.name.starts_with("localizedFormat")) continue;  // takes any number
+    List arguments = *parsed(operation.example).asList();
+    arguments.append(null);
+    EXPECT_NE(invoked(operation, arguments).find(" takes "), std::string::npos) << operation.name;
+  }
+  EXPECT_EQ(called("StringUtils", "equals:andString:", R"(["a"])"),
+            "! 'equals:andString:' takes 2 arguments (first, second), got 1");
+  EXPECT_EQ(called("StringUtils", "trim:", "[]"), "! 'trim:' takes 1 argument (text), got 0");
+}
+
+struct CallRow {
+  const char* family;
+  const char* name;
+  const char* arguments;
+  const char* answer;
+  const char* why;
+};
+
+constexpr CallRow kCalls[] = {
+    {"StringUtils", "trim:", "[null]", "null", "nil in, nil out"},
+    {"StringUtils", "trim", R"([" a "])", R"("a")", "the C++ name"},
+    {"StringUtils", "trim:", "[5]", "! 'trim:', argument 1 (text): expected a string or null, got a number", "a kind"},
+    {"StringUtils", "trim:", R"([{"$utf16": [32, 55357]}])", R"({"$utf16":[55357]})", "a lone surrogate both ways"},
+    {"NSString(URLEncoding)", "urlEncodeString", "[null]",
+     "! 'urlEncodeString', argument 1 (text): expected a string, got null", "a receiver that cannot be nil"},
+    {"NSString(URLEncoding)", "urlEncodeString", R"([{"$utf16": [55357]}])", "null", "a nil result"},
+    {"String extension", "nsRangeOf(string:ignoreCase:)", R"(["abc", "x", false])", "[9223372036854775807,0]",
+     "not found"},
+    {"String extension", "nsRangeOf(string:ignoreCase:)", R"(["abc", "x", 0])",
+     "! 'nsRangeOf(string:ignoreCase:)', argument 3 (ignoreCase): expected true or false, got a number",
+     "a number is no boolean"},
+    {"String extension", "nsSubstring(from:)", R"(["abc", 1.0])", R"("bc")", "a whole floating number is an integer"},
+    {"String extension", "nsSubstring(from:)", R"(["abc", 1.5])",
+     "! 'nsSubstring(from:)', argument 2 (from): expected an integer of 64 bits", "a fraction is none"},
+    {"String extension", "nsSubstring(from:)", R"(["abc", 9223372036854775808])",
+     "! 'nsSubstring(from:)', argument 2 (from): expected an integer of 64 bits", "one beyond the signed range"},
+    {"String extension", "nsSubstring(from:)", R"(["abc", 9223372036854775807])", R"("abc")", "the largest of it"},
+    {"String extension", "localizedFormat(arguments:)", R"(["%d%@", 1, "x"])", R"("1x")", "arguments one by one"},
+    {"String extension", "localizedFormat(arguments:)", R"(["%d%@", [1, "x"]])", R"("1x")", "arguments as a list"},
+    {"String extension", "localizedFormat(arguments:)", R"(["%%"])", R"("%")", "no arguments"},
+    {"NSDictionary(Addtion)", "boolValueForKey:", R"([{"a": true}, "a"])", "true", "one of two overloads"},
+    {"NSDictionary(Addtion)", "boolValueForKey:defaultValue:", R"([{}, "a", true])", "true", "the other"},
+    {"NSDictionary(Addtion)", "boolValueForKey", R"([{}, "a"])",
+     "! 'boolValueForKey' names several operations of 'NSDictionary(Addtion)': 'boolValueForKey:defaultValue:' "
+     "'boolValueForKey:'",
+     "a C++ name of two"},
+    {"NSDictionary(Addtion)", "dateForKeyOrNil:", R"([{"a": "1500000000123"}, "a"])", R"({"$date":1500000000123})",
+     "a date keeps its milliseconds"},
+    {"NSDictionary(Addtion)", "objectForKeyOrNil:", R"([{"a": null}, "a"])", "null",
+     "a null in a record is its marker"},
+    {"NSDictionary(Addtion)", "mergeToDictionary:", R"([{"a": [1]}, null])", R"({"a":[1]})", "an optional record"},
+    {"NSDictionary(Addtion)", "isNotEmpty:", R"([{"text": "a", "spans": []}])", "false",
+     "attributed text is no record"},
+    {"NSDictionary(Addtion)", "stringForKeyOrNil:", R"([{"text": "a", "spans": []}, "text"])", R"("a")",
+     "but a receiver with such members is one"},
+    {"NSMutableDictionary(VelkaAdditions)", "setBool:forKey:", R"([{"z": 0}, true, "a"])", R"({"z":0,"a":1})",
+     "the changed receiver is the answer"},
+    {"NSMutableDictionary(VelkaAdditions)", "setStringOfIntKey:forKey:", R"([{}, "x", -5])",
+     R"({"$entries":[[-5,"x"]]})", "a number key"},
+    {"NSMutableDictionary(VelkaAdditions)", "setDouble:forKey:", R"([{}, {"$number": "nan"}, "a"])",
+     R"({"a":{"$number":"nan"}})", "a number that is not finite"},
+    {"Dictionary extension", "init(tuples:)", R"([[["a", 1], [2, 3], ["a", 4]]])", R"({"$entries":[["a",4],[2,3]]})",
+     "pairs"},
+    {"Dictionary extension", "init(tuples:)", R"([[["a"]]])",
+     "! 'init(tuples:)', argument 1 (tuples): expected a list of [key, value], got a list", "no pair"},
+    {"NSNumber(HumanReadable)", "humanReadableSize", R"([{"$number": "inf"}])", R"("inf TB")",
+     "a receiver beyond JSON"},
+    {"TimeFormatConvertible", "convertToTimeFormat()", "[18446744073709551615]", R"("5124095576030431:00:15")",
+     "an unsigned receiver keeps its value"},
+    {"NSString(Additions)", "isNotEmpty:", R"([{"text": " ", "spans": []}])", "false", "attributed text as a value"},
+    {"NSString(Additions)", "isNotEmpty:", R"([{"text": "x", "spans": []}])", "true", "attributed text as a value"},
+    {"NSObject(ConvertString)", "className", R"([{"$date": 0}])", R"("NSDate")", "a boxed kind"},
+    {"nobody", "trim:", "[]", "! unknown family 'nobody'", "a family"},
+    {"StringUtils", "trim:x", "[]", "! family 'StringUtils' has no operation 'trim:x'", "an operation"},
+};
+
+TEST(Operations, ConvertArgumentsAndResults) {
+  for (const auto& [family, name, arguments, answer, why] : kCalls)
+    EXPECT_EQ(called(family, name, arguments), answer) << family << " " << name << " " << arguments << ": " << why;
+}
+
+TEST(Operations, AResultTooDeepForJSONIsAnError) {
+  const auto record = [](std::size_t levels) {
+    return R"([{"a": )" + std::string(levels, '[') + std::string(levels, ']') + R"(}, "x", 5])";
+  };
+  const char* family = "NSMutableDictionary(VelkaAdditions)";
+  EXPECT_TRUE(called(family, "setStringOfIntKey:forKey:", record(500)).starts_with(R"({"$entries":[["a",)"));
+  EXPECT_EQ(called(family, "setStringOfIntKey:forKey:", record(510)),
+            "! 'setStringOfIntKey:forKey:': the result is nested too deeply for JSON")
+      << "a number key takes two levels more than the record had";
+}
+
+TEST(Command, ListsCallsAndHelps) {
+  using test::runCommand;
+  const test::Outcome list = runCommand({"list", "--family", "NSString(Query)"});
+  EXPECT_EQ(list.out, "NSString(Query)\tparseQuery\tDictionary parseQuery(const String& text)\n");
+  const test::Outcome all = runCommand({"list"});
+  EXPECT_EQ(static_cast<std::size_t>(std::ranges::count(all.out, '\n')), allOperations().size());
+
+  const test::Outcome help = runCommand({"help", "trim"});
+  EXPECT_NE(help.out.find("StringView StringUtils::trim(StringView text)\n"), std::string::npos) << help.out;
+  EXPECT_NE(help.out.find("-> \"a b\"\n"), std::string::npos) << help.out;
+
+  const test::Outcome call = runCommand({"call", "StringUtils", "trim:", "\" a \""});
+  EXPECT_EQ(call.out, "\"a\"\n");
+  EXPECT_EQ(call.status, 0);
+  const test::Outcome failed = runCommand({"call", "StringUtils", "trim:", "a"});
+  EXPECT_EQ(failed.status, 1);
+  EXPECT_EQ(failed.out.substr(0, 34), "{\"error\":\"argument 1: no JSON: une") << failed.out;
+}
+
+TEST(Command, WordsThatAreNotUnderstoodAreUsageErrors) {
+  const std::vector<std::vector<std::string>> calls = {{},
+                                                       {"cal"},
+                                                       {"call"},
+                                                       {"call", "StringUtils"},
+                                                       {"call", "--batch", "x"},
+                                                       {"list", "x"},
+                                                       {"list", "--family", "x"},
+                                                       {"help", "nothing"}};
+  for (const auto& words : calls) {
+    const test::Outcome outcome = test::runCommand(words);
+    EXPECT_EQ(outcome.status, 2) << testing::PrintToString(words);
+    EXPECT_EQ(outcome.out, "") << testing::PrintToString(words);
+    EXPECT_NE(outcome.err, "") << testing::PrintToString(words);
+  }
+}
+
+TEST(ShellWord, QuotesWhatAShellWouldTakeApart) {
+  EXPECT_EQ(shellWord("trim:"), "trim:");
+  EXPECT_EQ(shellWord(""), "''");
+  EXPECT_EQ(shellWord("NSString(Query)"), "'NSString(Query)'");
+  EXPECT_EQ(shellWord("it's"), "'it'\\''s'");
+}
+
+}  // namespace
+}  // namespace quorvel::command
