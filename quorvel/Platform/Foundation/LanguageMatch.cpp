@@ -79,6 +79,7 @@ std::vector<std::string> userLanguages(std::string_view language, std::string_vi
 std::vector<String> matchLocalizations(const std::vector<std::string>& languages,
                                        const std::vector<String>& localizations) {
   std::vector<Tag> offered;
+  offered.reserve(localizations.size());
   for (const String& name : localizations) offered.push_back(name == u"Base" ? Tag{} : tagOf(name.toUTF8Replacing()));
   std::vector<String> result;
   for (const std::string& language : languages) {

@@ -241,9 +241,10 @@ const char16_t* decodeRun(const char16_t* at, const char16_t* end, char16_t*& ou
     if (byte < 0x80) {
       *out++ = static_cast<char16_t>(byte);
       at += kEscapeUnits;
-    } else if (!(at = decodeSequence(at, end, byte, out))) {
-      return nullptr;
+      continue;
     }
+    at = decodeSequence(at, end, byte, out);
+    if (!at) return nullptr;
   }
   return at;
 }

@@ -38,8 +38,8 @@ class PercentAllowed {
 
   [[nodiscard]] static constexpr std::uint64_t escaped(unsigned byte) {
     constexpr std::string_view kDigits = "0123456789ABCDEF";
-    const auto high = static_cast<std::uint64_t>(kDigits[byte >> 4]);
-    const auto low = static_cast<std::uint64_t>(kDigits[byte & 15]);
+    const std::uint64_t high = static_cast<unsigned char>(kDigits[byte >> 4]);
+    const std::uint64_t low = static_cast<unsigned char>(kDigits[byte & 15]);
     return std::uint64_t{3} << 48 | low << 32 | high << 16 | std::uint64_t{'%'};
   }
   [[nodiscard]] static constexpr std::uint64_t plain(char character) {
