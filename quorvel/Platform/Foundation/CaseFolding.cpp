@@ -58,9 +58,10 @@ CaseFolding::CaseFolding() : entries_(kPage) {
     }
     entries_[page * kPage + folds_[i].scalar % kPage] = static_cast<std::uint16_t>(i + 1);
   }
+  for (std::size_t unit = 0; unit < ascii_.size(); ++unit) ascii_[unit] = search(static_cast<char16_t>(unit));
 }
 
-std::span<const CaseFolding::Fold> CaseFolding::beginningWith(char16_t unit) const {
+std::span<const CaseFolding::Fold> CaseFolding::search(char16_t unit) const {
   if (unitscan::isSyllableOrIdeograph(unit)) return {};
   const auto [first, last] = std::ranges::equal_range(folds_, unit, {}, [](const Fold& fold) { return fold.units[0]; });
   return {first, last};

@@ -29,7 +29,9 @@ class CaseFolding {
     return entry ? &folds_[entry - 1] : nullptr;
   }
   /// The folds whose text begins with `unit`.
-  [[nodiscard]] std::span<const Fold> beginningWith(char16_t unit) const;
+  [[nodiscard]] std::span<const Fold> beginningWith(char16_t unit) const {
+    return unit < ascii_.size() ? ascii_[unit] : search(unit);
+  }
 
  private:
   static constexpr char32_t kLast = 0x1FFFF;  // no character beyond has case
@@ -37,10 +39,12 @@ class CaseFolding {
 
   CaseFolding();
   void addFold(char32_t scalar);
+  [[nodiscard]] std::span<const Fold> search(char16_t unit) const;
 
   std::vector<Fold> folds_;  // by what they fold to
   std::array<std::uint16_t, kLast / kPage + 1> pages_{};
   std::vector<std::uint16_t> entries_;
+  std::array<std::span<const Fold>, 128> ascii_;
 };
 
 }  // namespace quorvel

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <bit>
+#include <climits>
 #include <tuple>
 
 #include <quorvel/Platform/Foundation/CaseFolding.h>
@@ -49,6 +50,30 @@ unsigned frequencyOf(char16_t unit) {
   if (unicode::isHighSurrogate(unit)) return 100;  // most supplementary characters share a few
   return 10;
 }
+
+/// Some tests of a place, spread over the lanes.
+template <std::size_t Count>
+class TestVectors {
+ public:
+  template <class Tests>
+  explicit TestVectors(const Tests& tests) {
+    for (std::size_t i = 0; i < Count; ++i) {
+      units_[i] = Units::splat(tests[i].unit);
+      bits_[i] = Units::splat(tests[i].bit);
+    }
+  }
+  [[nodiscard]] Units hits(const char16_t* at) const {
+    if constexpr (Count == 0) return Units::splat(0);
+    const Units units = Units::load(at);
+    Units hits = equal(units | bits_[0], units_[0]);
+    for (std::size_t i = 1; i < Count; ++i) hits = hits | equal(units | bits_[i], units_[i]);
+    return hits;
+  }
+
+ private:
+  std::array<Units, Count + 1> units_{};
+  std::array<Units, Count + 1> bits_{};
+};
 
 }  // namespace
 
@@ -128,12 +153,13 @@ std::size_t LiteralSearch::collectScalar(Places& places, std::size_t offset) {
 }
 
 void LiteralSearch::choosePlaces(const Places& places, std::size_t count) {
-  std::array<std::size_t, kLook> order{};
-  for (std::size_t i = 0; i < count; ++i) order[i] = i;
-  std::stable_sort(order.begin(), order.begin() + static_cast<std::ptrdiff_t>(count),
-                   [&](std::size_t a, std::size_t b) { return places[a].frequency() < places[b].frequency(); });
-  first_ = places[order[0]];
-  second_ = places[order[count > 1 ? 1 : 0]];
+  std::array<unsigned, kLook> frequency{};
+  for (std::size_t i = 0; i < count; ++i) frequency[i] = places[i].frequency();
+  const auto end = frequency.begin() + static_cast<std::ptrdiff_t>(count);
+  const auto first = std::min_element(frequency.begin(), end);
+  first_ = places[static_cast<std::size_t>(first - frequency.begin())];
+  *first = count > 1 ? UINT_MAX : *first;
+  second_ = places[static_cast<std::size_t>(std::min_element(frequency.begin(), end) - frequency.begin())];
 }
 
 bool LiteralSearch::mayStart(StringView text, std::size_t start) const {
@@ -142,11 +168,21 @@ bool LiteralSearch::mayStart(StringView text, std::size_t start) const {
          starters_.holds(text[start]);
 }
 
-/// Calls `confirm` with every place where a match may start, in order, until it answers true. `hits` gives the lanes of
-/// eight places that may.
-template <class Hits, class Confirm>
-void LiteralSearch::scanBlocks(StringView text, std::size_t from, Hits hits, Confirm confirm) const {
-  const std::size_t reach = std::max(first_.offset, second_.offset) + 2 * kLanes;
+/// Calls `confirm` with every place where a match may start, in order, until it answers true. So many tests are made
+/// at each of the two places and for starters; what a place does not use holds for no unit.
+template <std::size_t PlaceTests, std::size_t StarterTests, class Confirm>
+void LiteralSearch::scanBlocks(StringView text, std::size_t from, Confirm confirm) const {
+  const TestVectors<PlaceTests> first(first_.tests);
+  const TestVectors<PlaceTests> second(second_.tests);
+  const TestVectors<StarterTests> starters(starters_.tests);
+  const std::size_t firstOffset = first_.offset;
+  const std::size_t secondOffset = second_.offset;
+  const auto hits = [=](const char16_t* at) {
+    const Units units = first.hits(at + firstOffset) & second.hits(at + secondOffset);
+    if constexpr (StarterTests == 0) return units;
+    return units | starters.hits(at);
+  };
+  const std::size_t reach = std::max(firstOffset, secondOffset) + 2 * kLanes;
   std::size_t i = from;
   for (; i + reach <= text.size(); i += 2 * kLanes) {
     const Units low = hits(text.data() + i);
@@ -164,36 +200,11 @@ void LiteralSearch::scanBlocks(StringView text, std::size_t from, Hits hits, Con
 
 template <class Confirm>
 void LiteralSearch::scan(StringView text, std::size_t from, Confirm confirm) const {
-  const std::size_t firstOffset = first_.offset;
-  const std::size_t secondOffset = second_.offset;
-  if (first_.count == 1 && second_.count == 1 && starters_.count == 0) {
-    const Units firstUnit = Units::splat(first_.tests[0].unit);
-    const Units firstBit = Units::splat(first_.tests[0].bit);
-    const Units secondUnit = Units::splat(second_.tests[0].unit);
-    const Units secondBit = Units::splat(second_.tests[0].bit);
-    scanBlocks(
-        text, from,
-        [=](const char16_t* at) {
-          return equal(Units::load(at + firstOffset) | firstBit, firstUnit) &
-                 equal(Units::load(at + secondOffset) | secondBit, secondUnit);
-        },
-        confirm);
-    return;
-  }
-  const auto hitsOf = [](const Place& place, Units units) {
-    Units hits = Units::splat(0);
-    for (std::uint32_t i = 0; i < place.count; ++i) {
-      hits = hits | equal(units | Units::splat(place.tests[i].bit), Units::splat(place.tests[i].unit));
-    }
-    return hits;
-  };
-  scanBlocks(
-      text, from,
-      [=, this](const char16_t* at) {
-        return (hitsOf(first_, Units::load(at + firstOffset)) & hitsOf(second_, Units::load(at + secondOffset))) |
-               hitsOf(starters_, Units::load(at));
-      },
-      confirm);
+  const std::size_t placeTests = std::max(first_.count, second_.count);
+  if (placeTests == 1 && starters_.count == 0) return scanBlocks<1, 0>(text, from, confirm);
+  if (placeTests == 1 && starters_.count <= 2) return scanBlocks<1, 2>(text, from, confirm);
+  if (placeTests <= 2 && starters_.count == 0) return scanBlocks<2, 0>(text, from, confirm);
+  return scanBlocks<Place::kMost, Place::kMost>(text, from, confirm);
 }
 
 /// A match begins where a character does; characters are counted from the end of the match before.
@@ -238,19 +249,39 @@ std::size_t LiteralSearch::foldedMatchEnd(StringView text, std::size_t start, st
   return j == needle.size() ? i : kInvalid;
 }
 
-std::optional<NSRange> LiteralSearch::next(StringView text, std::size_t from) const {
-  if (!hasPlaces_) return nextInLinearTime(text, from);
-  std::optional<NSRange> found;
-  bool tooMuch = false;
+/// Hands matches to `sink` until it answers true.
+template <class Sink>
+void LiteralSearch::search(StringView text, std::size_t from, Sink sink) const {
+  bool done = false;
+  bool tooMuch = !hasPlaces_;
   std::size_t compared = 0;
-  scan(text, from, [&](std::size_t start) {
-    if (!isStart(text, from, start)) return false;
+  const auto confirm = [&](std::size_t start) {
+    if (start < from || !isStart(text, from, start)) return false;
     const std::size_t end = matchEnd(text, start, compared);
-    if (end != kInvalid) found = NSRange{start, end - start};
     tooMuch = compared > 4 * (start - from) + 4 * needle_.size() + 256;
-    return found || tooMuch;
+    if (end == kInvalid) return tooMuch;
+    done = sink(NSRange{start, end - start});
+    from = end;
+    compared = 0;
+    tooMuch = false;
+    return done;
+  };
+  if (!tooMuch) scan(text, from, confirm);
+  while (tooMuch && !done) {
+    const std::optional<NSRange> match = nextInLinearTime(text, from);
+    if (!match) return;
+    done = sink(*match);
+    from = match->end();
+  }
+}
+
+std::optional<NSRange> LiteralSearch::next(StringView text, std::size_t from) const {
+  std::optional<NSRange> found;
+  search(text, from, [&found](NSRange match) {
+    found = match;
+    return true;
   });
-  return found || !tooMuch ? found : nextInLinearTime(text, from);
+  return found;
 }
 
 /// The algorithm of Knuth, Morris and Pratt on the folded text, for texts that repeat beginnings of the needle.
@@ -287,11 +318,10 @@ std::optional<NSRange> LiteralSearch::nextInLinearTime(StringView text, std::siz
 
 std::vector<NSRange> LiteralSearch::ranges(StringView text) const {
   std::vector<NSRange> result;
-  std::size_t from = 0;
-  while (const std::optional<NSRange> match = next(text, from)) {
-    result.push_back(*match);
-    from = match->end();
-  }
+  search(text, 0, [&result](NSRange match) {
+    result.push_back(match);
+    return false;
+  });
   return result;
 }
 

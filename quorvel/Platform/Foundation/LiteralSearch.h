@@ -24,10 +24,10 @@ class LiteralSearch {
   [[nodiscard]] std::vector<NSRange> ranges(StringView text) const;
 
  private:
-  /// Holds for a unit u when (u | bit) is `unit`: most letters in both cases by one comparison.
+  /// Holds for a unit u when (u | bit) is `unit`: most letters in both cases by one comparison. As made, for none.
   struct Test {
     char16_t unit = 0;
-    char16_t bit = 0;
+    char16_t bit = 1;
     [[nodiscard]] bool holds(char16_t other) const { return static_cast<char16_t>(other | bit) == unit; }
   };
   /// The units that may stand `offset` units behind the start of a match.
@@ -52,8 +52,10 @@ class LiteralSearch {
 
   template <class Confirm>
   void scan(StringView text, std::size_t from, Confirm confirm) const;
-  template <class Hits, class Confirm>
-  void scanBlocks(StringView text, std::size_t from, Hits hits, Confirm confirm) const;
+  template <std::size_t PlaceTests, std::size_t StarterTests, class Confirm>
+  void scanBlocks(StringView text, std::size_t from, Confirm confirm) const;
+  template <class Sink>
+  void search(StringView text, std::size_t from, Sink sink) const;
   [[nodiscard]] bool mayStart(StringView text, std::size_t start) const;
   [[nodiscard]] bool isStart(StringView text, std::size_t from, std::size_t place) const;
   [[nodiscard]] bool isEnd(StringView text, std::size_t place) const;
