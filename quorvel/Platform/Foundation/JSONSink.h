@@ -22,7 +22,7 @@ inline constexpr std::array<char, 128> kEscapes = [] {
   table['\n'] = 'n';
   table['\r'] = 'r';
   table['\t'] = 't';
-  for (const unsigned char itself : {'"', '\\', '/'}) table[itself] = static_cast<char>(itself);
+  for (const char itself : {'"', '\\', '/'}) table[static_cast<unsigned char>(itself)] = itself;
   return table;
 }();
 
