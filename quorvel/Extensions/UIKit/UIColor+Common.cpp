@@ -1,6 +1,7 @@
 #include <utility>
 
 #include <quorvel/Extensions/UIKit/UIColor+Common.h>
+#include <quorvel/Platform/Foundation/Log.h>
 
 namespace quorvel {
 namespace {
@@ -17,6 +18,9 @@ constexpr std::array<UIColor, kCount> kColors = makeColors(std::make_index_seque
 
 }  // namespace
 
-const UIColor& UIColor::Common::at(std::size_t row) { return kColors.at(row); }
+const UIColor& UIColor::Common::at(std::size_t row) {
+  contract(row < kCount, "UIColor.Common", "a row beyond the palette");
+  return kColors[row];
+}
 
 }  // namespace quorvel
