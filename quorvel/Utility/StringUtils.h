@@ -3,10 +3,11 @@
 #pragma once
 
 #include <quorvel/Platform/Foundation/Value.h>
+#include <quorvel/Utility/StringUtils+Highlight.h>
 
 namespace quorvel {
 
-class StringUtils {
+class StringUtils : public StringUtilsHighlight {
  public:
   StringUtils() = delete;
 
