@@ -27,16 +27,8 @@ void forEachPiece(StringView text, const AnyOf& characters, Piece piece) {
 constexpr StringView kEmptyCharacters = u"\r\t";
 constexpr StringView kNoBreakSpace = u"\u00A0";
 
-/// The text without characters, which must have at least one of them.
 String without(StringView text, const AnyOf& characters) {
-  return String::build(text.size(), [&](char16_t* const start) {
-    char16_t* out = start;
-    forEachPiece(text, characters, [&out](StringView piece) {
-      std::memcpy(out, piece.data(), piece.size() * sizeof(char16_t));
-      out += piece.size();
-    });
-    return static_cast<std::size_t>(out - start);
-  });
+  return String::build(text.size(), [&](char16_t* out) { return characters.copyWithout(text, out); });
 }
 
 /// What `trimmedString()` leaves, as a view: units are copied only when a no-break space stands between others.

@@ -20,8 +20,12 @@ std::int32_t sizeOf(StringView text) {
   return static_cast<std::int32_t>(text.size());
 }
 
-/// Units that decompose to starters only, so that nothing after them changes how they are ordered.
-constexpr bool isDecisive(char16_t unit) { return unit < 0x80 || unitscan::isSyllableOrIdeograph(unit); }
+/// Units that decompose to starters only, so that nothing after them changes how they are ordered: ASCII, syllables,
+/// ideographs, and the letters of basic Cyrillic but short i.
+constexpr bool isDecisive(char16_t unit) {
+  return unit < 0x80 || unitscan::isSyllableOrIdeograph(unit) ||
+         (unit >= 0x410 && unit <= 0x44F && unit != 0x419 && unit != 0x439);
+}
 
 /// The canonical decomposition of a decisive unit.
 struct Decomposed {
@@ -42,12 +46,17 @@ struct Decomposed {
 template <class Fold>
 std::size_t commonPrefix(StringView a, StringView b) {
   const std::size_t count = std::min(a.size(), b.size());
+  const auto same = [&](std::size_t at) {
+    return equal(Fold::fold(vector::Units::load(a.data() + at)), Fold::fold(vector::Units::load(b.data() + at)));
+  };
   std::size_t i = 0;
+  for (; i + 4 * vector::kLanes <= count; i += 4 * vector::kLanes) {
+    const auto firstHalf = same(i) & same(i + vector::kLanes);
+    if (!(firstHalf & same(i + 2 * vector::kLanes) & same(i + 3 * vector::kLanes)).lanesSet().all()) break;
+  }
   for (; i + vector::kLanes <= count; i += vector::kLanes) {
-    const auto left = Fold::fold(vector::Units::load(a.data() + i));
-    const auto right = Fold::fold(vector::Units::load(b.data() + i));
-    const vector::Lanes same = equal(left, right).lanesSet();
-    if (!same.all()) return i + static_cast<std::size_t>(std::countr_one(same.bits));
+    const vector::Lanes lanes = same(i).lanesSet();
+    if (!lanes.all()) return i + static_cast<std::size_t>(std::countr_one(lanes.bits));
   }
   while (i < count && Fold::fold(a[i]) == Fold::fold(b[i])) ++i;
   return i;
@@ -92,12 +101,28 @@ std::weak_ordering compare(StringView a, StringView b, std::uint32_t options) {
   return compareByICU(a.sub(at), b.sub(at), options);
 }
 
-/// The needle with simple case folded, for the search by units; ours is on the stack up to 120 units.
+/// The needle with simple case folded, for the search by units.
 template <class Fold>
-void appendFolded(StringView needle, StringBuilder& out) {
-  char16_t* units = out.extend(needle.size());
-  for (const char16_t unit : needle.units()) *units++ = Fold::fold(unit);
-}
+class FoldedNeedle {
+ public:
+  explicit FoldedNeedle(StringView needle) {
+    char16_t* units = units_.extend(needle.size());
+    for (const char16_t unit : needle.units()) *units++ = Fold::fold(unit);
+  }
+  [[nodiscard]] StringView view() const { return units_.view(); }
+
+ private:
+  StringBuilder units_;
+};
+template <>
+class FoldedNeedle<NoFold> {
+ public:
+  explicit FoldedNeedle(StringView needle) : needle_(needle) {}
+  [[nodiscard]] StringView view() const { return needle_; }
+
+ private:
+  StringView needle_;
+};
 
 NSRange findCanonical(StringView text, StringView needle, bool ignoresCase) {
   const CanonicalText haystack(text, ignoresCase);
@@ -115,8 +140,7 @@ NSRange findCanonical(StringView text, StringView needle, bool ignoresCase) {
 template <class Plain, class Fold>
 NSRange findEquivalent(StringView text, StringView needle, bool ignoresCase) {
   if (text.isNil() || needle.isEmpty()) return NSRange::notFound();
-  StringBuilder folded;
-  appendFolded<Fold>(needle, folded);
+  const FoldedNeedle<Fold> folded(needle);
   const std::size_t hit = linear::find<Fold>(text, folded.view(), 0, [&](std::size_t place) {
     return isSequenceBoundary(text, place) && isSequenceBoundary(text, place + needle.size());
   });

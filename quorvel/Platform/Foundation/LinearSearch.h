@@ -2,7 +2,7 @@
 // caller may refuse. Included by sources only. Not here: what equals what beyond units (CanonicalText.h).
 #pragma once
 
-#include <algorithm>
+#include <concepts>
 #include <vector>
 
 #include <quorvel/Platform/Foundation/String.h>
@@ -53,6 +53,20 @@ template <class Fold, class Accept>
   return kNowhere;
 }
 
+/// The lanes that fold to a folded unit.
+template <class Fold>
+struct EitherCase {
+  explicit EitherCase(char16_t folded)
+      : unit(vector::Units::splat(folded)), other(vector::Units::splat(Fold::other(folded))) {}
+  [[nodiscard]] vector::Units in(vector::Units units) const {
+    if constexpr (std::same_as<Fold, NoFold>) return equal(units, unit);
+    return equal(units, unit) | equal(units, other);
+  }
+
+  vector::Units unit;
+  vector::Units other;
+};
+
 /// The first place at or after `from` where units of `text` fold to the needle, which is folded already, and which
 /// `accept(place)` takes. An empty needle is found nowhere.
 template <class Fold, class Accept>
@@ -60,10 +74,8 @@ template <class Fold, class Accept>
   using vector::Units;
   if (folded.isEmpty() || folded.size() > text.size()) return kNowhere;
   const std::size_t tail = folded.size() - 1;
-  const Units first = Units::splat(folded[0]);
-  const Units otherFirst = Units::splat(Fold::other(folded[0]));
-  const Units last = Units::splat(folded[tail]);
-  const Units otherLast = Units::splat(Fold::other(folded[tail]));
+  const EitherCase<Fold> first(folded[0]);
+  const EitherCase<Fold> last(folded[tail]);
   // Places where both the first and the last unit stand are few, and only they are compared whole; where a text makes
   // them many, the time spent on them is held against the way made, and the search goes on by borders.
   std::size_t spent = 0;
@@ -74,10 +86,7 @@ template <class Fold, class Accept>
   };
   std::size_t i = from;
   for (; i + tail + vector::kLanes <= text.size(); i += vector::kLanes) {
-    const Units starts = Units::load(text.data() + i);
-    const Units ends = Units::load(text.data() + i + tail);
-    const Units hits =
-        (equal(starts, first) | equal(starts, otherFirst)) & (equal(ends, last) | equal(ends, otherLast));
+    const Units hits = first.in(Units::load(text.data() + i)) & last.in(Units::load(text.data() + i + tail));
     if (hits.noneSet()) continue;
     for (vector::Lanes lanes = hits.lanesSet(); lanes.any(); lanes.bits &= lanes.bits - 1) {
       if (isHit(i + lanes.first())) return i + lanes.first();

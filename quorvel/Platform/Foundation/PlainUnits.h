@@ -2,6 +2,8 @@
 // simple case pair. They carry most text. Included by sources only. Not here: all other units (CanonicalText.h).
 #pragma once
 
+#include <algorithm>
+
 #include <quorvel/Platform/Foundation/UnitScan.h>
 
 namespace quorvel::plain {
@@ -15,7 +17,7 @@ struct SimpleFold {
   }
   [[nodiscard]] static vector::Units fold(vector::Units units) {
     using vector::Units;
-    if (atMost(units, Units::splat(0x7F)).lanesSet().all()) return unitscan::foldASCII(units);
+    if (vector::inRange(units, 0xC0, 0x36F).noneSet()) return unitscan::foldASCII(units);
     const Units latin = vector::inRange(units, 0xC0, 0x1E) - equal(units, Units::splat(0xD7));
     const Units by20 = vector::inRange(units, u'A', 25) | latin | vector::inRange(units, 0x410, 0x1F);
     return units + (by20 & Units::splat(0x20)) + (vector::inRange(units, 0x400, 0x0F) & Units::splat(0x50));
@@ -53,11 +55,15 @@ inline constexpr UnitRange kPlainRanges[] = {{0x400, 0x45F},   {0x2002, 0x20CF},
   }
   return false;
 }
-[[nodiscard]] inline vector::Units areInPlainRanges(vector::Units units) {
-  vector::Units result = vector::Units::splat(0);
-  for (const auto [first, last] : kPlainRanges) {
-    result = result | vector::inRange(units, first, static_cast<char16_t>(last - first));
-  }
+
+/// `latin`: the lanes that hold already. The ranges that most text lies in are tried first.
+[[nodiscard]] inline vector::Units orInPlainRanges(vector::Units latin, vector::Units units) {
+  const auto in = [units](UnitRange range) {
+    return vector::inRange(units, range.first, static_cast<char16_t>(range.last - range.first));
+  };
+  vector::Units result = latin | unitscan::syllablesOrIdeographs(units) | in(kPlainRanges[0]);
+  if (result.lanesSet().all()) return result;
+  for (const UnitRange range : kPlainRanges) result = result | in(range);
   return result;
 }
 
@@ -66,7 +72,7 @@ struct Composed {
   [[nodiscard]] static constexpr bool has(char16_t unit) { return unit < 0x300 || isInPlainRanges(unit); }
   [[nodiscard]] static vector::Units has(vector::Units units) {
     const vector::Units latin = atMost(units, vector::Units::splat(0x2FF));
-    return latin.lanesSet().all() ? latin : latin | areInPlainRanges(units);
+    return latin.lanesSet().all() ? latin : orInPlainRanges(latin, units);
   }
 };
 
@@ -77,17 +83,30 @@ struct Caseless {
   }
   [[nodiscard]] static vector::Units has(vector::Units units) {
     using vector::Units;
+    if (const Units ascii = atMost(units, Units::splat(0x7F)); ascii.lanesSet().all()) return ascii;
     const Units out = equal(units, Units::splat(0xB5)) | equal(units, Units::splat(0xDF));
-    const Units latin = atMost(units, Units::splat(0xFF)) - out;
-    return latin.lanesSet().all() ? latin : latin | areInPlainRanges(units);
+    return orInPlainRanges(atMost(units, Units::splat(0xFF)) - out, units);
   }
 };
 
 /// The number of units at the start that the class has.
 template <class Class>
 [[nodiscard]] std::size_t leading(StringView text) {
-  return unitscan::leading(
-      text, [](vector::Units units) { return Class::has(units); }, [](char16_t unit) { return Class::has(unit); });
+  using vector::kLanes;
+  using vector::Units;
+  const auto holding = [](const char16_t* units) {
+    return static_cast<std::size_t>(std::countr_one(Class::has(Units::load(units)).lanesSet().bits));
+  };
+  std::size_t i = 0;
+  for (; i + kLanes <= text.size(); i += kLanes) {
+    if (const std::size_t count = holding(text.data() + i); count < kLanes) return i + count;
+  }
+  if (i == text.size()) return i;
+  // The rest together with units that hold already, or with NULs, which every class has.
+  if (i > 0) return text.size() - kLanes + holding(text.data() + text.size() - kLanes);
+  char16_t padded[kLanes] = {};
+  std::memcpy(padded, text.data(), text.size() * sizeof(char16_t));
+  return std::min(holding(padded), text.size());
 }
 
 }  // namespace quorvel::plain

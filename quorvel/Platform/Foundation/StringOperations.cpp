@@ -37,7 +37,7 @@ struct PlainLower {
   [[nodiscard]] static bool has(char16_t unit) { return unit < 0x100 || plain::isInPlainRanges(unit); }
   [[nodiscard]] static Units has(Units units) {
     const Units latin = atMost(units, Units::splat(0xFF));
-    return latin.lanesSet().all() ? latin : latin | plain::areInPlainRanges(units);
+    return latin.lanesSet().all() ? latin : plain::orInPlainRanges(latin, units);
   }
   /// Maps all scalars at the start that are not plain.
   [[nodiscard]] static std::size_t mapOthers(StringView text, StringBuilder& out) {
@@ -136,7 +136,7 @@ struct ClusterAlone {
   }
   [[nodiscard]] static Units has(Units units) {
     const Units breaks = equal(units, Units::splat(u'\r')) | equal(units, Units::splat(u'\n'));
-    Units result = atMost(units, Units::splat(0x2FF)) - breaks;
+    Units result = (atMost(units, Units::splat(0x2FF)) - breaks) | unitscan::syllablesOrIdeographs(units);
     if (result.lanesSet().all()) return result;
     for (const auto [first, last] : kRanges) {
       result = result | vector::inRange(units, first, static_cast<char16_t>(last - first));
@@ -239,8 +239,8 @@ String joined(const std::vector<StringView>& pieces, StringView separator) {
   for (const StringView piece : pieces) size += piece.size();
   return String::build(size, [&](char16_t* out) {
     for (std::size_t i = 0; i < pieces.size(); ++i) {
-      if (i > 0) out = std::ranges::copy(separator.units(), out).out;
-      out = std::ranges::copy(pieces[i].units(), out).out;
+      if (i > 0) out = unitscan::copyUnits(out, separator);
+      out = unitscan::copyUnits(out, pieces[i]);
     }
     return size;
   });
@@ -253,8 +253,9 @@ String detail::replacingOccurrences(StringView text, const String* owner, String
   out.reserve(text.size());
   std::size_t start = 0;
   for (; found != unicode::kInvalid; found = unicode::findLiteral(text, target, start)) {
-    out.append(text.sub(start, found - start));
-    out.append(replacement);
+    const std::size_t kept = found - start;
+    char16_t* place = out.extend(kept + replacement.size());
+    unitscan::copyUnits(unitscan::copyUnits(place, text.sub(start, kept)), replacement);
     start = found + target.size();
   }
   out.append(text.sub(start));

@@ -8,6 +8,29 @@
 
 namespace quorvel::unitscan {
 
+/// Copies a text that is short most of the time, by two moves that may overlap; the place behind it.
+inline char16_t* copyUnits(char16_t* out, StringView text) {
+  const std::size_t size = text.size();
+  const auto both = [&]<class Word>(Word word) {
+    const std::size_t behind = size - sizeof(Word) / sizeof(char16_t);
+    Word last;
+    std::memcpy(&word, text.data(), sizeof word);
+    std::memcpy(&last, text.data() + behind, sizeof last);
+    std::memcpy(out, &word, sizeof word);
+    std::memcpy(out + behind, &last, sizeof last);
+  };
+  if (size > 16) {
+    std::memcpy(out, text.data(), size * sizeof(char16_t));
+  } else if (size >= 8) {
+    both(std::array<std::uint64_t, 2>{});
+  } else if (size >= 4) {
+    both(std::uint64_t{});
+  } else {
+    for (std::size_t i = 0; i < size; ++i) out[i] = text[i];
+  }
+  return out + size;
+}
+
 /// A set of characters given as a text, for one call: no allocation. Up to four units of the basic plane are sought
 /// eight places at a time, larger sets by a bitmap for Latin-1 and a look through the text for the rest.
 class AnyOf {
@@ -21,6 +44,32 @@ class AnyOf {
       }
       surrogates_ = surrogates_ || unicode::isSurrogate(unit);
     }
+  }
+
+  /// Copies the text without its members; the number of units that are left.
+  [[nodiscard]] std::size_t copyWithout(StringView text, char16_t* const start) const {
+    if (surrogates_ || characters_.size() > 4 || characters_.isEmpty()) return copyPieces(text, start);
+    char16_t* out = start;
+    std::size_t from = 0;
+    while (from + vector::kLanes <= text.size()) {
+      const vector::Units units = vector::Units::load(text.data() + from);
+      std::uint32_t found = fewMembers(units).lanesSet().bits;
+      if (found == 0) {
+        units.store(out);
+        out += vector::kLanes;
+        from += vector::kLanes;
+        continue;
+      }
+      // Each unit is written, and written over when it is a member: nothing here depends on the data.
+      for (std::size_t lane = 0; lane < vector::kLanes; ++lane, found >>= 1) {
+        *out = text[from++];
+        out += 1 - (found & 1);
+      }
+    }
+    for (; from < text.size(); ++from) {
+      if (!containsUnit(text[from])) *out++ = text[from];
+    }
+    return static_cast<std::size_t>(out - start);
   }
 
   /// The first place at or after `from` that starts a member, or the text's size; `length` is how many units it has.
@@ -40,15 +89,26 @@ class AnyOf {
     while (from < text.size() && !containsUnit(text[from])) ++from;
     return from;
   }
+  [[nodiscard]] std::size_t copyPieces(StringView text, char16_t* const start) const {
+    char16_t* out = start;
+    for (std::size_t from = 0;;) {
+      std::size_t length = 0;
+      const std::size_t found = find(text, from, length);
+      out = copyUnits(out, text.sub(from, found - from));
+      if (found == text.size()) return static_cast<std::size_t>(out - start);
+      from = found + length;
+    }
+  }
+  /// Lanes with one of at most four members.
+  [[nodiscard]] vector::Units fewMembers(vector::Units units) const {
+    const auto member = [this](std::size_t index) {
+      return vector::Units::splat(characters_[characters_.size() > index ? index : 0]);
+    };
+    return equal(units, member(0)) | equal(units, member(1)) | equal(units, member(2)) | equal(units, member(3));
+  }
   [[nodiscard]] std::size_t findVector(StringView text, std::size_t from) const {
-    using vector::Units;
-    const Units first = Units::splat(characters_[0]);
-    const Units second = Units::splat(characters_[characters_.size() > 1 ? 1 : 0]);
-    const Units third = Units::splat(characters_[characters_.size() > 2 ? 2 : 0]);
-    const Units fourth = Units::splat(characters_[characters_.size() > 3 ? 3 : 0]);
     for (; from + vector::kLanes <= text.size(); from += vector::kLanes) {
-      const Units units = Units::load(text.data() + from);
-      const Units found = equal(units, first) | equal(units, second) | equal(units, third) | equal(units, fourth);
+      const vector::Units found = fewMembers(vector::Units::load(text.data() + from));
       if (!found.noneSet()) return from + found.lanesSet().first();
     }
     return findUnit(text, from);

@@ -1,0 +1,234 @@
+#include <filesystem>
+#include <fstream>
+#include <random>
+
+#include <gtest/gtest.h>
+#include <tests/support/RandomText.h>
+
+#include <quorvel/Extensions/Foundation/String+Extension.h>
+#include <quorvel/Platform/Foundation/NSBundle.h>
+#include <quorvel/Platform/Foundation/StringOperations.h>
+
+namespace quorvel {
+namespace {
+
+TEST(StringExtension, TrimmedStringRemovesInItsOrder) {
+  struct Row {
+    StringView text;
+    std::optional<String> trimmed;
+    const char* why;
+  };
+  const Row rows[] = {
+      {u"\u00A0", nil, "no-break spaces only"},
+      {u"  ", nil, "blank"},
+      {u"", nil, "empty"},
+      {nil, nil, "nil"},
+      {u"\x0007", nil, "controls only"},
+      {u"a\u00A0b", u"ab", "a no-break space in the middle"},
+      {u"\u00A0 \u00A0a b\u00A0", u"a b", "and at the ends, among white space"},
+      {u"\x0001 x", u" x", "white space that the last step uncovers stays"},
+      {u" \x0001\u00A0\x0002x", u"x", "controls that come together when a no-break space goes"},
+      {u" \u200Bx\uFEFF ", u"x", "format characters are controls"},
+      {u"x\U000E0001", u"x", "also those of two units"},
+      {u"a\u0001b", u"a\u0001b", "controls inside stay"},
+      {u"\xDC00 x \xD800", u"\xDC00 x \xD800", "halves of pairs are none"},
+  };
+  for (const auto& [text, trimmed, why] : rows) EXPECT_EQ(trimmedString(text), trimmed) << why;
+}
+
+TEST(StringExtension, TrimmedStringOfMixedTextsFollowsTheSteps) {
+  constexpr std::u16string_view kPieces[] = {u"\u00A0", u" ", u"\n",         u"\x0001",
+                                             u"\u200B", u"x", u"\U000E0001", u"\u3000"};
+  std::mt19937 random(1);
+  for (int round = 0; round < 20'000; ++round) {
+    const std::u16string text = test::randomText(random, kPieces, random() % 12);
+    std::u16string without;
+    for (const char16_t unit : text) {
+      if (unit != 0xA0) without += unit;
+    }
+    const StringView expected =
+        trimmed(trimmed(without, NSCharacterSet::whitespaceAndNewline()), NSCharacterSet::control());
+    const std::optional<String> result = trimmedString(text);
+    ASSERT_EQ(result.has_value(), !expected.isEmpty()) << test::hex(text);
+    if (result) {
+      ASSERT_EQ(StringView(*result), expected) << test::hex(text);
+    }
+  }
+}
+
+TEST(StringExtension, BlankTextsAreEqualAndOthersWhenTrimmed) {
+  struct Row {
+    StringView lhs;
+    StringView rhs;
+    bool isEqual;
+    const char* why;
+  };
+  const Row rows[] = {
+      {nil, nil, true, "nil"},
+      {nil, u"   ", true, "nil and a blank text"},
+      {u"\u00A0", u"", true, "a no-break space is blank"},
+      {u"a", u" ", false, "one is blank"},
+      {u"  abc\u00A0", u"abc", true, "trimmed"},
+      {u"\u00E9", u" e\u0301", true, "canonically"},
+      {u"a", u"A", false, "case"},
+      {u"\x0007", u"\x0007", false, "trimmed to nothing, but not blank"},
+      {u"\x0007", u" ", false, "only one is blank"},
+  };
+  for (const auto& [lhs, rhs, isEqual, why] : rows) {
+    EXPECT_EQ(StringExtension::isEqualString(lhs, rhs), isEqual) << why;
+    EXPECT_EQ(StringExtension::isEqualString(rhs, lhs), isEqual) << why;
+  }
+  EXPECT_TRUE(StringExtension::isEmpty(nil));
+  EXPECT_FALSE(StringExtension::isNotEmpty(u"\u2028"));
+  EXPECT_TRUE(StringExtension::isNotEmpty(u"\x0007"));
+  EXPECT_EQ(StringExtension::nonBreakSpace(), u"\u00A0");
+}
+
+TEST(StringExtension, MeasuresClustersAndUnits) {
+  const StringView flag = u"\U0001F1F0\U0001F1F7";
+  EXPECT_EQ(count(flag), 1U);
+  EXPECT_EQ(length(flag), 4U);
+  EXPECT_EQ(nsRange(flag), (NSRange{0, 4}));
+  EXPECT_EQ(nsRange(nil), (NSRange{0, 0}));
+}
+
+TEST(StringExtension, RangesIgnoreCaseByLowerCase) {
+  struct Row {
+    StringView text;
+    StringView string;
+    NSRange exact;
+    NSRange ignoring;
+    const char* why;
+  };
+  const Row rows[] = {
+      {u"Hello", u"LL", NSRange::notFound(), {2, 2}, "case"},
+      {u"\u0130x", u"X", NSRange::notFound(), {2, 1}, "units of the lower-cased receiver, which is longer"},
+      {u"\u0130x", u"x", {1, 1}, {2, 1}, "or of the receiver"},
+      {u"Stra\u00DFe", u"STRASSE", NSRange::notFound(), NSRange::notFound(), "lower case is no folding"},
+      {u"ABe\u0301", u"\u00C9", NSRange::notFound(), {2, 2}, "canonically"},
+      {u"abc", u"", NSRange::notFound(), NSRange::notFound(), "nothing is not found"},
+      {nil, u"a", NSRange::notFound(), NSRange::notFound(), "nil"},
+  };
+  for (const auto& [text, string, exact, ignoring, why] : rows) {
+    EXPECT_EQ(nsRangeOf(text, string, false), exact) << why;
+    EXPECT_EQ(nsRangeOf(text, string, true), ignoring) << why;
+  }
+}
+
+TEST(StringExtension, SubstringsStayInsideTheText) {
+  const StringView text = u"abc";
+  struct Row {
+    std::int64_t index;
+    StringView from;
+    StringView to;
+    const char* why;
+  };
+  const Row rows[] = {
+      {0, u"abc", u"", "the start"},
+      {1, u"bc", u"a", "inside"},
+      {3, u"", u"abc", "the length"},
+      {4, u"abc", u"abc", "past the end: the receiver"},
+      {INT64_MAX, u"abc", u"abc", "far past it"},
+  };
+  for (const auto& [index, from, to, why] : rows) {
+    EXPECT_EQ(nsSubstringFrom(text, index), from) << why;
+    EXPECT_EQ(nsSubstringTo(text, index), to) << why;
+  }
+  EXPECT_TRUE(nsSubstringFrom(text, 1).data() == text.data() + 1) << "a view";
+  EXPECT_DEATH(static_cast<void>(nsSubstringFrom(text, -1)), "from:");
+  EXPECT_DEATH(static_cast<void>(nsSubstringTo(text, -1)), "to:");
+}
+
+TEST(StringExtension, CharactersAreRemovedAndReplaced) {
+  struct Row {
+    StringView text;
+    StringView characters;
+    StringView separated;
+    StringView replaced;
+    const char* why;
+  };
+  const Row rows[] = {
+      {u"a-b_c", u"-_", u"abc", u"a+b+c", "each of two"},
+      {u",a,,b,", u",", u"ab", u"a+b", "runs, and those at the ends"},
+      {u",,,", u",", u"", u"", "nothing else"},
+      {u"", u",", u"", u"", "empty"},
+      {u"abc", u"", u"abc", u"abc", "no characters"},
+      {u"a long text without any", u"XYZ", u"a long text without any", u"a long text without any", "none there"},
+      {u"0123456789abcdef", u"13579f", u"02468abcde", u"0+2+4+6+8+abcde", "more than four characters"},
+      {u"\uD55C-\uAE00\u3002", u"\u3002\uAE00", u"\uD55C-", u"\uD55C-", "beyond Latin"},
+      {u"x\U0001F600y\U0001F601\xD83D", u"\U0001F600", u"xy\U0001F601\xD83D", u"x+y\U0001F601\xD83D",
+       "a pair is one character"},
+      {u"x\U0001F600y\xD83D", u"\xD83D", u"x\U0001F600y", u"x\U0001F600y", "and half of one another"},
+      {u"e\u0301", u"\u00E9", u"e\u0301", u"e\u0301", "characters are scalars"},
+  };
+  for (const auto& [text, characters, separated, replaced, why] : rows) {
+    EXPECT_EQ(separatedBy(text, characters), String(separated)) << why;
+    EXPECT_EQ(replacingCharacters(text, characters, u"+"), String(replaced)) << why;
+  }
+  EXPECT_EQ(separatedEmptyCharacters(u"a\r\n\tb c"), u"a\nb c") << "line feeds and spaces stay";
+  const String text = u"a text that is not inline";
+  EXPECT_EQ(separatedBy(text, u"#").data(), text.data()) << "shared";
+  EXPECT_EQ(replacingCharacters(u",a,,b,", u",", u" / "), u"a / b");
+}
+
+TEST(StringExtension, RemovalOfMixedTextsGoesByScalar) {
+  std::mt19937 random(2);
+  for (int round = 0; round < 5'000; ++round) {
+    const std::u16string text = test::randomText(random, test::kHardPieces, random() % 25);
+    const std::u16string characters = test::randomText(random, test::kHardPieces, random() % 7);
+    String expected;
+    for (const StringView piece : componentsSeparatedBy(text, NSCharacterSet::withCharactersIn(characters))) {
+      expected = joined({expected, piece}, u"");
+    }
+    ASSERT_EQ(separatedBy(text, characters), expected) << test::hex(text) << "without " << test::hex(characters);
+  }
+}
+
+TEST(StringExtension, ContainmentIgnoresCase) {
+  EXPECT_TRUE(containsCaseInsensitive(u"Hello", u"LL"));
+  EXPECT_TRUE(containsCaseInsensitive(u"STRASSE", u"stra\u00DF"));
+  EXPECT_FALSE(containsCaseInsensitive(u"Hello", u""));
+  EXPECT_FALSE(containsCaseInsensitive(nil, u"a"));
+}
+
+class Localized : public testing::Test {
+ protected:
+  Localized() : folder_(testing::TempDir() + "quorvel-localized") {
+    std::filesystem::create_directories(folder_);
+    write("Localizable", "\"hello\" = \"Hallo\"; \"same\" = \"same\"; \"\u00E9\" = \"e\u0301\"; \"n\" = \"%@: %d\";");
+    write("NoTranslation", "\"same\" = \"second\"; \"\u00E9\" = \"other\"; \"hello\" = \"not reached\";");
+    write("Localizable_dev", "\"dev\" = \"third\"; \"same\" = \"not reached\";");
+    NSBundle::setMain(NSBundle::at(folder_));
+  }
+  ~Localized() override {
+    NSBundle::setMain(before_);
+    std::filesystem::remove_all(folder_);
+  }
+
+ private:
+  void write(const std::string& table, std::string_view entries) {
+    std::ofstream(folder_ + "/" + table + ".strings") << entries;
+  }
+
+  NSBundle before_ = NSBundle::main();
+  std::string folder_;
+};
+
+TEST_F(Localized, TablesAreAskedInTheirOrder) {
+  struct Row {
+    String key;
+    StringView text;
+    const char* why;
+  };
+  const Row rows[] = {
+      {u"hello", u"Hallo", "the default table first"},   {u"same", u"second", "a text like its key counts as none"},
+      {u"\u00E9", u"other", "canonically like it, too"}, {u"dev", u"third", "the last table"},
+      {u"nowhere", u"nowhere", "the key itself"},        {u"", u"", "an empty key"},
+  };
+  for (const auto& [key, text, why] : rows) EXPECT_EQ(localized(key), String(text)) << why;
+  EXPECT_EQ(localizedFormat(u"n", {u"a", 7}), u"a: 7");
+  EXPECT_EQ(localizedFormat(u"%d of %d", {1, 2}), u"1 of 2") << "a key without an entry is the format";
+}
+
+}  // namespace
+}  // namespace quorvel
