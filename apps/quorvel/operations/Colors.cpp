@@ -23,8 +23,7 @@ consteval Operation paletteRow(std::string_view name) {
 
 Dictionary palette() {
   Dictionary colors;
-  for (std::size_t row = 0; row < UIColor::Common::kPalette.size(); ++row)
-    colors.set(String::fromASCII(UIColor::Common::kPalette[row].name), UIColor::Common::at(row));
+  for (const auto& [name, color] : UIColor::Common::all()) colors.set(String::fromASCII(name), color);
   return colors;
 }
 
