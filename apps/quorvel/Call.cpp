@@ -1,6 +1,7 @@
 #include <cstdio>
 
 #include <apps/quorvel/Batch.h>
+#include <apps/quorvel/Binding.h>
 #include <apps/quorvel/Call.h>
 #include <apps/quorvel/Operation.h>
 #include <unistd.h>
@@ -13,15 +14,16 @@ namespace {
 constexpr int kFailed = 1;
 constexpr int kUsage = 2;
 
-/// The result as JSON text, or nothing and the reason.
+/// The result as JSON text, or nothing and the reason. `wrap` makes of the result what is written.
+template <class Wrap>
 std::optional<std::string> resultText(StringView family, StringView name, std::span<const Value> arguments,
-                                      std::string& error) {
+                                      std::string& error, Wrap wrap) {
   const Operation* operation = findOperation(family, name, error);
   if (!operation) return std::nullopt;
-  const std::optional<Value> result = operation->invoke(*operation, arguments, error);
+  std::optional<Value> result = operation->invoke(*operation, arguments, error);
   if (!result) return std::nullopt;
-  std::optional<std::string> text = NSJSONSerialization::writeFragmentUTF8(*result, 0);
-  if (!text) error = joined({"'", operation->name, "': the result cannot be written as JSON"});
+  std::optional<std::string> text = NSJSONSerialization::writeFragmentUTF8(wrap(std::move(*result)), 0);
+  if (!text) detail::refuseDepth(*operation, error);
   return text;
 }
 
@@ -68,7 +70,8 @@ std::optional<std::string> answerText(std::string_view line, std::string& error)
     error = reason;
     return std::nullopt;
   }
-  return resultText(call.family, call.operation, call.arguments, error);
+  return resultText(call.family, call.operation, call.arguments, error,
+                    [](Value result) { return Dictionary{{u"result", std::move(result)}}; });
 }
 
 std::optional<std::string> callWords(std::span<const std::string_view> words, std::string& error) {
@@ -84,7 +87,7 @@ std::optional<std::string> callWords(std::span<const std::string_view> words, st
     arguments.append(std::move(parsed));
   }
   return resultText(String::fromUTF8Replacing(words[0]), String::fromUTF8Replacing(words[1]),
-                    {arguments.begin(), arguments.size()}, error);
+                    {arguments.begin(), arguments.size()}, error, [](Value result) { return result; });
 }
 
 }  // namespace
@@ -99,7 +102,7 @@ bool answerCall(std::string_view line, std::string& out) {
   std::string error;
   const std::optional<std::string> text = answerText(line, error);
   if (text) {
-    out.append("{\"result\":").append(*text).append("}\n");
+    out.append(*text).append("\n");
   } else {
     appendError(error, out);
   }

@@ -152,8 +152,8 @@ void refuseCount(const Operation& operation, std::size_t count, std::string& err
 }
 
 void placeRefusal(const Operation& operation, std::size_t index, std::string& error) {
-  error = joined(
-      {operation.name, ": argument ", std::to_string(index + 1), " (", parameterNames(operation)[index], "): ", error});
+  error = joined({"'", operation.name, "', argument ", std::to_string(index + 1), " (",
+                  parameterNames(operation)[index], "): ", error});
 }
 
 void refuseDepth(const Operation& operation, std::string& error) {

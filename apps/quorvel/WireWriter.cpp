@@ -78,7 +78,7 @@ class Writer {
   Value writeEntries(const Dictionary& dictionary) {
     List pairs;
     pairs.reserve(dictionary.size());
-    for (const auto& [key, value] : dictionary) pairs.append(List{write(key), write(value)});
+    for (const auto& [key, value] : dictionary) pairs.append(Value(List{write(key), write(value)}));
     return form(u"$entries", std::move(pairs));
   }
 
@@ -94,7 +94,7 @@ class Writer {
     List spans;
     spans.reserve(text.spans().size());
     for (const Span& span : text.spans())
-      spans.append(List{span.range.location, span.range.length, write(span.attributes)});
+      spans.append(Value(List{span.range.location, span.range.length, write(span.attributes)}));
     return Dictionary{{u"text", stringToWire(text.string())}, {u"spans", std::move(spans)}};
   }
 

@@ -48,6 +48,20 @@ TEST(Batch, AnswersALine) {
   }
 }
 
+TEST(Batch, AnAnswerTooDeepForJSONIsAnError) {
+  const auto answerOf = [](std::size_t levels) {
+    std::string out;
+    answerCall(
+        R"x({"family":"NSMutableDictionary(VelkaAdditions)","operation":"setStringOfIntKey:forKey:","args":[{"a":)x" +
+            std::string(levels, '[') + std::string(levels, ']') + R"x(},"x",5]})x",
+        out);
+    return out;
+  };
+  // The answer has four levels above the list: itself, the form, its list and the pair; the call has three.
+  EXPECT_TRUE(answerOf(508).starts_with("{\"result\":"));
+  EXPECT_EQ(answerOf(509), "{\"error\":\"'setStringOfIntKey:forKey:': the result is nested too deeply for JSON\"}\n");
+}
+
 /// The command's loop on two pipes, with this test at their other ends.
 class Peer {
  public:
