@@ -19,6 +19,12 @@ inline constexpr std::size_t kFormatLength = 64 * 1024 * 1024;
 inline constexpr std::chrono::milliseconds kRegularExpressionTime{250};
 /// Memory that the backtracking of one regular-expression call may take, then it answers "no match".
 inline constexpr std::int32_t kRegularExpressionBytes = 64 * 1024 * 1024;
+/// Character classes of a pattern, weighed by how long ICU takes for them: 1 for a set, 8 for an escape such as \d or
+/// \p, 64 for what holds nearly all characters. A pattern with more counts as one that does not compile.
+inline constexpr std::size_t kRegularExpressionClasses = 1024;
+/// Quantifiers of a pattern times its length; beyond it counts as a pattern that does not compile, because ICU moves
+/// the rest of the pattern for each.
+inline constexpr std::size_t kRegularExpressionQuantifiers = std::size_t{1} << 25;
 /// Memory of the matches with all their groups that one regular-expression call answers, else it answers "no match".
 inline constexpr std::size_t kRegularExpressionMatchBytes = 256 * 1024 * 1024;
 /// Compiled patterns that are kept for the next call, in all threads together.

@@ -3,6 +3,7 @@
 
 #include <unicode/uregex.h>
 
+#include <quorvel/Platform/Foundation/GuardedText.h>
 #include <quorvel/Platform/Foundation/Hash.h>
 #include <quorvel/Platform/Foundation/Limits.h>
 #include <quorvel/Platform/Foundation/LiteralSearch.h>
@@ -18,6 +19,8 @@ using Clock = std::chrono::steady_clock;
 /// Backtracking memory that an idle matcher may keep.
 constexpr std::int32_t kIdleBytes = 32 * 1024;
 constexpr std::size_t kIdleMatchers = 4;
+/// Texts up to this size are compared with themselves fast enough for every back-reference.
+constexpr std::size_t kShortText = 1024;
 
 struct CloseExpression {
   void operator()(URegularExpression* expression) const { uregex_close(expression); }
@@ -45,6 +48,57 @@ std::uint64_t unitOffset(StringView pattern, const UParseError& place) {
   return i;
 }
 
+/// What makes a pattern slow to compile or to match, read without understanding all of its syntax. A set costs by the
+/// characters it holds, because ICU looks for the other case of each.
+class PatternTraits {
+ public:
+  explicit PatternTraits(StringView pattern) : pattern_(pattern) {
+    for (std::size_t i = 0; i < pattern.size(); ++i) {
+      const char16_t unit = pattern[i];
+      quantifiers_ += unit == u'*' || unit == u'+' || unit == u'?' || unit == u'{';
+      if (unit == u'[') readSet(i);
+      if (unit == u']' && depth_ > 0) --depth_;
+      if (unit == u'-' && depth_ > 0 && isFar(i + 1)) classes_ += kWide;
+      if (unit == u'\\') readEscape(unitAt(++i));
+    }
+  }
+
+  [[nodiscard]] bool hasBackReference() const { return hasBackReference_; }
+  [[nodiscard]] bool isTooCostly() const {
+    return classes_ > limits::kRegularExpressionClasses ||
+           quantifiers_ * pattern_.size() > limits::kRegularExpressionQuantifiers;
+  }
+
+ private:
+  static constexpr std::size_t kSet = 1;
+  static constexpr std::size_t kClass = 8;
+  static constexpr std::size_t kWide = 64;
+
+  [[nodiscard]] char16_t unitAt(std::size_t i) const { return i < pattern_.size() ? pattern_[i] : u'\0'; }
+  /// True when a range to this place may hold many characters.
+  [[nodiscard]] bool isFar(std::size_t i) const { return unitAt(i) >= 0x1000 || unitAt(i) == u'\\'; }
+  void readSet(std::size_t i) {
+    const bool isNamed = unitAt(i + 1) == u':';
+    const bool isNegated = unitAt(i + (isNamed ? 2 : 1)) == u'^';
+    // A negated set inside another, and one of a negated property, has the characters of nearly all of Unicode.
+    classes_ += isNegated && (isNamed || depth_ > 0) ? kWide : isNamed ? kClass : kSet;
+    ++depth_;
+  }
+  void readEscape(char16_t unit) {
+    static constexpr std::u16string_view kClasses = u"pwdshv";
+    static constexpr std::u16string_view kNegated = u"PWDSHV";
+    if (kClasses.find(unit) != std::u16string_view::npos) classes_ += kClass;
+    if (kNegated.find(unit) != std::u16string_view::npos) classes_ += depth_ > 0 || unit == u'P' ? kWide : kClass;
+    hasBackReference_ = hasBackReference_ || (unit >= u'1' && unit <= u'9') || unit == u'k';
+  }
+
+  StringView pattern_;
+  std::size_t quantifiers_ = 0;
+  std::size_t classes_ = 0;
+  std::size_t depth_ = 0;
+  bool hasBackReference_ = false;
+};
+
 /// The time that one public call has, all its matches together. ICU asks now and then whether to go on.
 class Deadline {
  public:
@@ -52,10 +106,13 @@ class Deadline {
     expired_ = expired_ || Clock::now() >= end_;
     return expired_;
   }
+  /// True once any of the questions was answered so.
+  [[nodiscard]] bool wasOver() const { return expired_; }
   /// The same at every sixteenth call, for loops whose steps are short.
   [[nodiscard]] bool isOverNowAndThen() { return ++calls_ % 16 == 0 ? isOver() : expired_; }
 
   static UBool whileMatching(const void* context, std::int32_t) { return !of(context).isOver(); }
+  static bool whileReading(void* context) { return of(context).isOverNowAndThen(); }
   static UBool whileFinding(const void* context, std::int64_t) { return !of(context).isOverNowAndThen(); }
 
  private:
@@ -74,6 +131,7 @@ struct NSRegularExpression::Compiled {
   String pattern;
   Options options;
   std::size_t groupCount = 0;
+  bool hasBackReference = false;
   std::optional<LiteralSearch> literal;  // then there is no `master`
   ICUExpression master;
 
@@ -120,7 +178,12 @@ class NSRegularExpression::Compiled::Search {
     uregex_setStackLimit(matcher, limits::kRegularExpressionBytes, &status_);
     uregex_setMatchCallback(matcher, Deadline::whileMatching, &deadline_, &status_);
     uregex_setFindProgressCallback(matcher, Deadline::whileFinding, &deadline_, &status_);
-    uregex_setText(matcher, text.isEmpty() ? u"" : text.data(), static_cast<std::int32_t>(text.size()), &status_);
+    if (compiled.hasBackReference && text.size() > kShortText) {
+      guarded_.emplace(text, Deadline::whileReading, &deadline_);
+      uregex_setUText(matcher, guarded_->text(), &status_);
+    } else {
+      uregex_setText(matcher, text.isEmpty() ? u"" : text.data(), static_cast<std::int32_t>(text.size()), &status_);
+    }
     if (range != NSRange{0, text.size()}) {
       uregex_setRegion64(matcher, static_cast<std::int64_t>(range.location), static_cast<std::int64_t>(range.end()),
                          &status_);
@@ -144,6 +207,7 @@ class NSRegularExpression::Compiled::Search {
     if (failed()) return false;
     if (deadline_.isOverNowAndThen()) return stop();
     const bool found = uregex_findNext(matcher_.get(), &status_) != 0;
+    if (deadline_.wasOver()) return stop();
     return found && !failed();
   }
   [[nodiscard]] NSRange group(std::size_t number) {
@@ -186,6 +250,7 @@ class NSRegularExpression::Compiled::Search {
   StringView text_;
   NSRange literal_;  // the match of a literal
   Deadline deadline_;
+  std::optional<GuardedText> guarded_;
   ICUExpression matcher_;
   UErrorCode status_ = U_ZERO_ERROR;
 };
@@ -240,6 +305,7 @@ std::shared_ptr<const NSRegularExpression::Compiled> NSRegularExpression::Compil
   compiled->pattern = pattern;
   compiled->options = options;
   compiled->groupCount = static_cast<std::size_t>(uregex_groupCount(master.get(), &status));
+  compiled->hasBackReference = PatternTraits(pattern).hasBackReference();
   compiled->master = std::move(master);
   return compiled;
 }
@@ -257,6 +323,10 @@ std::optional<NSRegularExpression> NSRegularExpression::withPattern(StringView p
     return nil;
   }
   if (isLiteral(options)) return NSRegularExpression(Compiled::ofLiteral(pattern, options));
+  if (PatternTraits(pattern).isTooCostly()) {
+    reason = {0, "the pattern is too costly"};
+    return nil;
+  }
   const std::uint64_t hash = hashing::bytes(pattern.data(), pattern.size() * sizeof(char16_t));
   auto compiled = Compiled::Cache::shared().find(hash, pattern, options);
   if (!compiled) {

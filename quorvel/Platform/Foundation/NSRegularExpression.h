@@ -33,8 +33,8 @@ class NSRegularExpression {
   using Match = std::vector<NSRange>;
   enum class Outcome { Complete, LimitReached };
 
-  /// `regularExpressionWithPattern:options:error:`: nil when the pattern is nil, empty, longer than the limit or does
-  /// not compile, with the reason in `error` when it is given.
+  /// `regularExpressionWithPattern:options:error:`: nil when the pattern is nil, empty, beyond a limit of LIMITS.md or
+  /// does not compile, with the reason in `error` when it is given.
   [[nodiscard]] static std::optional<NSRegularExpression> withPattern(StringView pattern, Options options,
                                                                       PatternError* error = nullptr);
 
