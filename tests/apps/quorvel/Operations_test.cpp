@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cstdlib>
 #include <fstream>
 #include <set>
 
@@ -216,6 +217,13 @@ TEST(Command, WordsThatAreNotUnderstoodAreUsageErrors) {
     EXPECT_EQ(outcome.status, 2) << testing::PrintToString(words);
     EXPECT_EQ(outcome.out, "") << testing::PrintToString(words);
     EXPECT_NE(outcome.err, "") << testing::PrintToString(words);
+  }
+}
+
+TEST(Command, AnOutputThatIsFullIsAFailure) {
+  for (const char* words : {"list", "help trim", "call StringUtils trim: null"}) {
+    const std::string line = std::string(QUORVEL_COMMAND " ") + words + " >/dev/full 2>/dev/null";
+    EXPECT_EQ(WEXITSTATUS(std::system(line.c_str())), 1) << words;
   }
 }
 
