@@ -12,7 +12,11 @@
 
 namespace {
 
-using namespace quorvel::command;
+using quorvel::command::kUsage;
+using quorvel::command::runCall;
+using quorvel::command::runHelp;
+using quorvel::command::runList;
+using quorvel::command::runSearch;
 using Words = std::span<const std::string_view>;
 
 int runVersion(Words) {
