@@ -43,7 +43,7 @@ class Lines {
     const void* found = scanned_ < size_ ? std::memchr(buffer_.data() + scanned_, '\n', size_ - scanned_) : nullptr;
     if (!found && !(isAtEnd_ && (from_ < size_ || isTooLong_))) {
       scanned_ = size_;
-      if (size_ - from_ > kLongestLine + 1) {
+      if (isTooLong_ || size_ - from_ > kLongestLine + 1) {
         isTooLong_ = true;
         scanned_ = from_ = size_ = 0;
       }

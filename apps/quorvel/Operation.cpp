@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <bit>
+#include <iterator>
 
 #include <apps/quorvel/Binding.h>
 #include <apps/quorvel/Operation.h>
@@ -115,19 +116,19 @@ std::vector<std::string_view> parameterNames(const Operation& operation) {
 
 std::span<const Operation> allOperations() {
   static const std::vector<Operation> operations = [] {
-    std::vector<Operation> all;
-    for (const auto topic : kTopics) {
-      const std::span<const Operation> rows = topic();
-      all.insert(all.end(), rows.begin(), rows.end());
-    }
-    // The topics' order, but a family that several topics have in one piece, where it first stands.
+    std::vector<Operation> rows;
     std::vector<std::string_view> families;
-    for (const Operation& operation : all) {
-      if (std::ranges::find(families, operation.family) == families.end()) families.push_back(operation.family);
+    for (const auto topic : kTopics) {
+      for (const Operation& operation : topic()) {
+        rows.push_back(operation);
+        if (std::ranges::find(families, operation.family) == families.end()) families.push_back(operation.family);
+      }
     }
-    std::ranges::stable_sort(all, {}, [&families](const Operation& operation) {
-      return std::ranges::find(families, operation.family) - families.begin();
-    });
+    // A family that several topics have stands in one piece, where it comes first.
+    std::vector<Operation> all;
+    for (const std::string_view family : families)
+      std::ranges::copy_if(rows, std::back_inserter(all),
+                           [family](const Operation& row) { return row.family == family; });
     return all;
   }();
   return operations;

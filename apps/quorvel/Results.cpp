@@ -57,7 +57,7 @@ std::optional<Value> resultToWire(NSRange range) { return Value(List{range.locat
 
 std::optional<Value> resultToWire(const NSCharacterSet& set) {
   // A million scalars are asked, so a set that comes again, as the standard ones do, is answered from memory.
-  thread_local std::optional<std::pair<NSCharacterSet, Value>> last;
+  static thread_local std::optional<std::pair<NSCharacterSet, Value>> last;
   if (!last || last->first != set) last.emplace(set, characterSetToWire(set));
   return last->second;
 }

@@ -12,7 +12,11 @@
 
 namespace {
 
-using namespace quorvel::command;
+using quorvel::command::kUsage;
+using quorvel::command::runCall;
+using quorvel::command::runHelp;
+using quorvel::command::runList;
+using quorvel::command::runSearch;
 using Words = std::span<const std::string_view>;
 
 int runVersion(Words) {
@@ -54,7 +58,7 @@ int main(int argc, char** argv) {
   std::signal(SIGPIPE, SIG_IGN);
   const std::vector<std::string_view> words(argv + 1, argv + argc);
   const int status = run(words);
-  if (std::fflush(stdout) != 0 && errno != EPIPE) {
+  if ((std::fflush(stdout) != 0 || std::ferror(stdout) != 0) && errno != EPIPE) {
     std::perror("quorvel");
     return 1;
   }

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cstdlib>
 #include <fstream>
 #include <set>
 
@@ -149,6 +150,31 @@ constexpr CallRow kCalls[] = {
     {"NSString(Additions)", "isNotEmpty:", R"([{"text": " ", "spans": []}])", "false", "attributed text as a value"},
     {"NSString(Additions)", "isNotEmpty:", R"([{"text": "x", "spans": []}])", "true", "attributed text as a value"},
     {"NSObject(ConvertString)", "className", R"([{"$date": 0}])", R"("NSDate")", "a boxed kind"},
+    {"StringUtils", "searchKeywordInText:pattern:hilightColor:", R"([null, "a", null])", "null", "a nil text"},
+    {"StringUtils", "searchKeywordInText:pattern:hilightColor:", R"(["ab", null, null])",
+     R"({"text":"ab","spans":[[0,2,{}]]})", "nil keywords"},
+    {"StringUtils", "searchKeywordInText:pattern:hilightColor:", R"(["ab", "b", [1, 0, 0]])",
+     "! 'searchKeywordInText:pattern:hilightColor:', argument 3 (hilightColor): expected a colour [r, g, b, a], got a "
+     "list",
+     "three components"},
+    {"StringUtils", "searchKeywordInText:pattern:baseColor:hilightColor:font:",
+     R"(["ab", "b", [0, 0, 0, 1], [1, 0, 0, 1], {"$font": "F"}])",
+     R"({"text":"ab","spans":[[0,1,{"NSColor":{"$color":[0,0,0,1]},"NSFont":{"$font":"F"}}],)"
+     R"([1,1,{"NSColor":{"$color":[1,0,0,1]},"NSFont":{"$font":"F"}}]]})",
+     "colours and a font come back inside attributes"},
+    {"NSMutableAttributedString extension", "highlight(pattern:keywordAttributes:)", R"(["", "a", {"m": 1}])",
+     R"({"text":"","spans":[]})", "plain text as a receiver; an empty text has no span"},
+    {"NSMutableAttributedString extension", "+", R"(["a", {"text": "b", "spans": [[0, 1, {"m": null}]]}])",
+     R"({"text":"ab","spans":[[0,1,{}],[1,1,{"m":{"$null":true}}]]})", "an operator"},
+    {"UIColor(ColorWithHex)", "colorWithHex:", "[4294967295]", "[1,1,1,1]", "the largest packed integer"},
+    {"UIColor(ColorWithHex)", "colorWithHex:", "[4294967296]",
+     "! 'colorWithHex:', argument 1 (rgb): expected an integer from 0 to 2^32 - 1", "one more"},
+    {"UIColor(ColorWithHex)", "colorWithHex:", "[-1]",
+     "! 'colorWithHex:', argument 1 (rgb): expected an integer from 0 to 2^32 - 1", "no packed integer"},
+    {"UIColor(ColorWithHex)", "colorWithRGB:WithAlpha:", R"([-1, {"$number": "inf"}])", R"([1,1,1,{"$number":"inf"}])",
+     "an alpha as it came"},
+    {"UIColor extension", "color(r:g:b:)", "[255, 1e300, 0]", R"([1,{"$number":"inf"},0,1])",
+     "a component beyond the floats"},
     {"nobody", "trim:", "[]", "! unknown family 'nobody'", "a family"},
     {"StringUtils", "trim:x", "[]", "! family 'StringUtils' has no operation 'trim:x'", "an operation"},
 };
@@ -191,6 +217,13 @@ TEST(Command, WordsThatAreNotUnderstoodAreUsageErrors) {
     EXPECT_EQ(outcome.status, 2) << testing::PrintToString(words);
     EXPECT_EQ(outcome.out, "") << testing::PrintToString(words);
     EXPECT_NE(outcome.err, "") << testing::PrintToString(words);
+  }
+}
+
+TEST(Command, AnOutputThatIsFullIsAFailure) {
+  for (const char* words : {"list", "help trim", "call StringUtils trim: null"}) {
+    const std::string line = std::string(QUORVEL_COMMAND " ") + words + " >/dev/full 2>/dev/null";
+    EXPECT_EQ(WEXITSTATUS(std::system(line.c_str())), 1) << words;
   }
 }
 
