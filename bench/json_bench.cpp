@@ -42,9 +42,10 @@ std::string messageList(std::size_t bytes) {
     out += number == 1 ? "" : ",";
     out += R"({"msgNo":)" + std::to_string(number) + R"(,"room":")" + rooms[number % 5] + R"(","sender":)" +
            std::to_string(number % 3) + R"(,"text":")" + words.substr(at, end - at) + R"(","sentAt":)" +
-           (number % 4 == 0 ? '"' + sentAt + '"' : sentAt) + R"(,"read":)" + (number % 3 ? R"("Y")" : "null") +
-           R"(,"edited":)" + (number % 2 ? "false" : R"("true")") + R"(,"unread":)" +
-           (number % 5 ? '"' + std::to_string(number) + '"' : std::to_string(number)) + R"(,"topic":0)" +
+           (number % 4 == 0 ? std::string("\"").append(sentAt).append("\"") : sentAt) + R"(,"read":)" +
+           (number % 3 ? R"("Y")" : "null") + R"(,"edited":)" + (number % 2 ? "false" : R"("true")") + R"(,"unread":)" +
+           (number % 5 ? std::string("\"").append(std::to_string(number)).append("\"") : std::to_string(number)) +
+           R"(,"topic":0)" +
            (number % 16 ? "" : R"(,"attach":{"name":"여행 사진 (3).heic","size":77619409,"seconds":12.5})") + "}";
     at = end == words.size() ? 0 : end + 1;
   }

@@ -272,6 +272,7 @@ class Value {
 
  private:
   friend struct ValueWalk;
+  friend struct detail::ValueBulk;
 
   static constexpr std::uint8_t kNilTag = 16;
   static constexpr std::uint8_t kNullTag = 17;

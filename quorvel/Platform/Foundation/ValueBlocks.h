@@ -55,13 +55,15 @@ inline void release(Block* block) noexcept {
 /// The place of the key among the entries, or their number when it is not there. `block` may be nullptr.
 [[nodiscard]] std::size_t findKey(const DictionaryBlock* block, const Value& key);
 
-/// Makes a container in one go, in a block of just the size that it takes. The elements move as bytes: the memory that
-/// they come from holds no values any more.
+/// Many values at once. Containers are made in blocks of just the size that they take; the elements move as bytes: the
+/// memory that they come from holds no values any more.
 struct ValueBulk {
   [[nodiscard]] static List list(Value* elements, std::size_t count);
   /// Texts as keys and values in turn, `count` pairs. Of entries with the same key the first stays; the caller says
   /// when he knows that all keys are distinct.
   [[nodiscard]] static Dictionary dictionary(Value* keysAndValues, std::size_t count, bool distinct);
+  /// Asks for the memory of the value's block, which is about to be changed.
+  static void prefetch(const Value& value);
 };
 
 }  // namespace quorvel::detail

@@ -172,7 +172,7 @@ TEST(JSONReader, RefusesIllFormedUTF8AtItsFirstByte) {
   for (const std::string_view bad : kBad) {
     for (const std::string_view before : {"", "abc", "가나", "0123456789abcdef"}) {
       for (const std::string_view after : {"", "\"]", "\",\"0123456789abcdef\"]"}) {
-        const std::string text = "[\"" + std::string(before) + std::string(bad) + std::string(after);
+        const std::string text = std::string("[\"") + std::string(before) + std::string(bad) + std::string(after);
         JSONError error;
         EXPECT_TRUE(parseUTF8(text, &error).isNil()) << text;
         EXPECT_EQ(error.offset, 2 + before.size()) << text;
@@ -223,7 +223,7 @@ TEST(JSONReader, ReadsNumbersExactlyAndKeepsTheirKind) {
       {"3e-324", 5e-324, "rounds up to the smallest"},
   };
   for (const auto& [text, value, why] : rows) {
-    const Value list = parse("[" + std::string(text) + "]");
+    const Value list = parse(std::string("[").append(text).append("]"));
     ASSERT_TRUE(list.isList()) << text << ": " << why;
     const Number read = *(*list.asList())[0].asNumber();
     EXPECT_EQ(read, value) << text << ": " << why;
@@ -236,12 +236,12 @@ TEST(JSONReader, CountsLevelsOfNesting) {
   const auto nested = [](std::size_t lists, std::size_t dictionaries) {
     std::string text(lists, '[');
     for (std::size_t i = 0; i < dictionaries; ++i) text += "{\"k\":";
-    text += "1" + std::string(dictionaries, '}') + std::string(lists, ']');
+    text += std::string("1") + std::string(dictionaries, '}') + std::string(lists, ']');
     return text;
   };
   EXPECT_FALSE(parse(nested(limits::kJSONDepth, 0)).isNil());
   EXPECT_FALSE(parse(nested(limits::kJSONDepth - 200, 200)).isNil());
-  EXPECT_FALSE(parse("[" + nested(limits::kJSONDepth - 1, 0) + "," + nested(0, 511) + "]").isNil());
+  EXPECT_FALSE(parse(std::string("[") + nested(limits::kJSONDepth - 1, 0) + "," + nested(0, 511) + "]").isNil());
   for (const std::string& text :
        {nested(limits::kJSONDepth + 1, 0), nested(limits::kJSONDepth, 1), std::string(10'000'000, '[')}) {
     JSONError error;
@@ -345,14 +345,15 @@ TEST(JSONReader, ReadsTextsOfEveryLengthAtEveryPlace) {
       for (std::size_t place = 0; place <= size; ++place) {
         std::string content;
         for (std::size_t i = 0; i <= size; ++i) content += i == place ? unit : "x";
-        EXPECT_EQ(parse("[\"" + content + "\",\"" + content + "\\n\"]"),
+        EXPECT_EQ(parse(std::string("[\"") + content + "\",\"" + content + "\\n\"]"),
                   Value(List{*String::fromUTF8(content), *String::fromUTF8(content + "\n")}))
             << content;
       }
     }
   }
   const std::string large(100'000, 'x');
-  EXPECT_EQ(parse("[\"\\t" + large + "가\"]"), Value(List{*String::fromUTF8("\t" + large + "가")}));
+  EXPECT_EQ(parse(std::string("[\"\\t") + large + "가\"]"),
+            Value(List{*String::fromUTF8(std::string("\t") + large + "가")}));
 }
 
 TEST(JSONReader, FragmentsAreReadWhereAskedFor) {
