@@ -56,7 +56,7 @@ struct PlainLower {
 
 /// Upper case where it is one unit for one.
 struct PlainUpper {
-  [[nodiscard]] static char16_t map(char16_t unit) { return unit == 0xF7 ? unit : plain::SimpleFold::other(unit); }
+  [[nodiscard]] static char16_t map(char16_t unit) { return plain::SimpleFold::other(unit); }
   [[nodiscard]] static Units map(Units units) {
     const Units by20 = vector::inRange(units, u'a', 25) | vector::inRange(units, 0x430, 0x1F) |
                        (vector::inRange(units, 0xE0, 0x1E) - equal(units, Units::splat(0xF7)));

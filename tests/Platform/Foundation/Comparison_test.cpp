@@ -79,6 +79,7 @@ TEST(Comparison, KnowsEquivalenceAndFullCaseFolding) {
       {u"\uAC00z", u"\uAC01", less, less, "no final consonant before one"},
       {u"\uAC00\u4E00", u"\uAC01", greater, greater, "unless what follows the shorter is greater"},
       {u"\u0416\u0401", u"\u0436\u0451", less, same, "Cyrillic"},
+      {u"\u0419", u"\u0418\u0306", same, same, "but short i is a composition"},
       {u"\u00D7", u"\u00F7", less, less, "the signs among the letters of Latin-1 have no case"},
       {u"a\xD83D", u"a\xD83D\xDE00", less, less, "half a pair and the pair"},
       {nil, nil, same, same, "nil"},
