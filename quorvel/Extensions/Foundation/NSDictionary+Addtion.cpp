@@ -126,7 +126,7 @@ Dictionary mergeToDictionary(const Dictionary& record, const std::optional<Dicti
       continue;
     }
     List both = *first;
-    both.append(*value.asList());
+    both.appendContentsOf(*value.asList());
     result.set(key, std::move(both));
   }
   return result;

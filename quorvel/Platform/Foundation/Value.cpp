@@ -265,7 +265,7 @@ void List::reserve(std::size_t capacity) {
   if (capacity > size()) makeUnique(capacity);
 }
 void List::append(Value value) { insert(size(), std::move(value)); }
-void List::append(const List& values) {
+void List::appendContentsOf(const List& values) {
   // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): the list itself may be appended
   const List held = values;
   makeUnique(size() + held.size());

@@ -100,7 +100,7 @@ class List {
 
   void reserve(std::size_t capacity);
   void append(Value value);
-  void append(const List& values);
+  void appendContentsOf(const List& values);
   void insert(std::size_t index, Value value);
   void remove(std::size_t index);
   void set(std::size_t index, Value value);

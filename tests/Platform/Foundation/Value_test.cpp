@@ -60,7 +60,7 @@ TEST(Value, CopiesShareUntilOneIsChanged) {
   List list{1, u"a text that is too long to stay inline", List{2}};
   const List before = list;
   list.mutableAt(2).mutableList()->append(3);
-  list.append(list);
+  list.appendContentsOf(list);
   EXPECT_EQ(before, (List{1, u"a text that is too long to stay inline", List{2}}));
   EXPECT_EQ(list.size(), 6U);
   EXPECT_EQ(list[5], (List{2, 3}));

@@ -119,7 +119,7 @@ TEST(Search, RefusesWithAReasonAndPrintsNothing) {
       {"[1]", {"--text", "trip"}, 1, "standard input: the top level is a list, not a record"},
       {R"({"list":[{},7]})", {"--text", "trip"}, 1, "standard input: list[1] is a number, not a record"},
       {kReply.substr(0, 100), {"--text", "trip"}, 1, "standard input:1:"},
-      {"{\"list\":\n [{\"text\":\"한글\",}]}", {"--text", "trip"}, 1, "standard input:2:15: "},
+      {"{\"list\":\n [{\"text\":\"한글\",}]}", {"--text", "trip"}, 1, "standard input:2:16: "},
       {"", {"--text", "trip"}, 1, "standard input:1:1: "},
   };
   for (const auto& [reply, arguments, status, reason] : rows) {
