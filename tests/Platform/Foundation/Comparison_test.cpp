@@ -152,7 +152,7 @@ struct SearchRow {
   const char* why;
 };
 
-TEST(Search, IsCanonicalAndSplitsNothing) {
+TEST(CanonicalSearch, IsCanonicalAndSplitsNothing) {
   constexpr NSRange kNone = NSRange::notFound();
   const SearchRow rows[] = {
       {u"ab\u00E9", u"e\u0301", {2, 1}, {2, 1}, "a decomposed needle finds the composed letter"},
@@ -193,7 +193,7 @@ TEST(Search, IsCanonicalAndSplitsNothing) {
   }
 }
 
-TEST(Search, FindsTheFirstRangeOfTheRule) {
+TEST(CanonicalSearch, FindsTheFirstRangeOfTheRule) {
   std::mt19937 random(7);
   int found = 0;
   for (int round = 0; round < 60'000; ++round) {
@@ -212,7 +212,7 @@ TEST(Search, FindsTheFirstRangeOfTheRule) {
   EXPECT_GT(found, 10'000) << "texts in which nothing is found try nothing";
 }
 
-TEST(Search, FindsEveryUnitByItsCaseForms) {
+TEST(CanonicalSearch, FindsEveryUnitByItsCaseForms) {
   for (char32_t unit = 0; unit <= 0xFFFF; ++unit) {
     const auto code = static_cast<UChar32>(unit);
     if (unicode::isSurrogate(unit)) continue;
@@ -227,7 +227,7 @@ TEST(Search, FindsEveryUnitByItsCaseForms) {
   }
 }
 
-TEST(Search, InLongTextsWithManyNearHitsIsLinear) {
+TEST(CanonicalSearch, InLongTextsWithManyNearHitsIsLinear) {
   const auto repeated = [](std::u16string_view piece, std::size_t count) {
     std::u16string text;
     for (std::size_t i = 0; i < count; ++i) text += piece;
