@@ -18,7 +18,8 @@ void check(std::string_view line) {
   const Value parsed = NSJSONSerialization::parseFragment(answer);
   const Dictionary* members = parsed.asDictionary();
   require(members && members->size() == 1, "an answer is an object of one member");
-  require(members->find(isResult ? StringView(u"result") : StringView(u"error")) != nullptr, "which says whether the call succeeded");
+  require(members->find(isResult ? StringView(u"result") : StringView(u"error")) != nullptr,
+          "which says whether the call succeeded");
 
   std::string again;
   require(command::answerCall(line, again) == isResult && again == answer, "a call has one answer");

@@ -34,7 +34,7 @@ def faults_of(path, text):
 def main(paths):
     failed = False
     for path in map(pathlib.Path, paths):
-        if "tests/data/" in path.as_posix():  # bytes that tests want exactly so
+        if "tests/data/" in path.as_posix() or path.match("examples/*.txt"):  # bytes that tests want exactly so
             continue
         data = path.read_bytes()
         if b"\0" in data:
