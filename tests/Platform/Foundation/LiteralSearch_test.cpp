@@ -195,6 +195,18 @@ TEST(LiteralSearch, RepeatedBeginningsTakeLinearTimeAndStayExact) {
     if (!agree(needle + u"x", text + needle + u"X")) return;
     if (!agree(needle, text)) return;
   }
+  // Far into a text of repeated beginnings, what one character folds to is neither begun nor ended within.
+  const std::u16string as(300, u'a');
+  for (const std::u16string& needle : {as + u"s", as + u"ss", u"s" + as, u"sa" + as + u"s"}) {
+    for (const std::u16string_view border : {u"ß", u"s", u"ßs", u"sß"}) {
+      std::u16string text = as + as + as;
+      for (int i = 0; i < 3; ++i) text += std::u16string(border) + as + as;
+      if (!agree(needle, text)) return;
+    }
+  }
+  std::u16string sas;
+  for (int i = 0; i < 100; ++i) sas += u"sa";
+  EXPECT_TRUE(agree(sas + u"sab", sas + sas + sas + u"xßa" + sas + u"b" + u"-" + sas + u"sab"));
   // Comparing at each place would take 2^31 steps for each search here.
   const std::u16string text(std::size_t{1} << 18, u'a');
   const std::u16string needle(std::size_t{1} << 14, u'A');
