@@ -88,6 +88,16 @@ bool isSequenceBoundary(StringView text, std::size_t index) {
   return (U_GET_GC_MASK(code) & U_GC_M_MASK) == 0 && unorm2_hasBoundaryBefore(composition(), code);
 }
 
+String decomposedForm(StringView text, bool ignoresCase) {
+  StringBuilder form;
+  apply(decompose, text, form);
+  if (!ignoresCase) return form.finish();
+  StringBuilder folded;
+  apply(foldCase, form.view(), folded);
+  apply(decompose, folded.view(), form);
+  return form.finish();
+}
+
 CanonicalText::CanonicalText(StringView text, bool ignoresCase) : text_(text), ignoresCase_(ignoresCase) {
   units_.reserve(text.size() + text.size() / 16);
   for (std::size_t start = 0; start < text.size();) {

@@ -86,7 +86,12 @@ std::optional<std::weak_ordering> orderAt(StringView a, StringView b, std::size_
   return whenLeftIsShorter(Decomposed(Fold::fold(rest[0])).units[0] <=> final);
 }
 
-std::weak_ordering compareByICU(StringView a, StringView b, std::uint32_t options) {
+std::weak_ordering compareEquivalents(StringView a, StringView b, std::uint32_t options) {
+  if (!unicode::isWellFormed(a) || !unicode::isWellFormed(b)) {
+    // ICU's comparison reads unset memory behind an unpaired surrogate and answers by chance.
+    const bool ignoresCase = options != 0;
+    return decomposedForm(a, ignoresCase) <=> decomposedForm(b, ignoresCase);
+  }
   UErrorCode status = U_ZERO_ERROR;
   return unorm_compare(a.data(), sizeOf(a), b.data(), sizeOf(b), options, &status) <=> 0;
 }
@@ -98,7 +103,7 @@ std::weak_ordering compare(StringView a, StringView b, std::uint32_t options) {
   if (const auto order = orderAt<Fold>(a, b, at)) return *order;
   // What stands before the sequences that differ has no part in it.
   while (!isSequenceBoundary(a, at) || !isSequenceBoundary(b, at)) --at;
-  return compareByICU(a.sub(at), b.sub(at), options);
+  return compareEquivalents(a.sub(at), b.sub(at), options);
 }
 
 /// The needle with simple case folded, for the search by units.

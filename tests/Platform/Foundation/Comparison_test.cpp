@@ -4,6 +4,7 @@
 #include <tests/support/RandomText.h>
 #include <unicode/uchar.h>
 #include <unicode/unorm.h>
+#include <unicode/unorm2.h>
 #include <unicode/ustring.h>
 
 #include <quorvel/Platform/Foundation/Comparison.h>
@@ -13,7 +14,32 @@
 namespace quorvel {
 namespace {
 
+/// The canonical decomposition, or the caseless form (Unicode, definition D145), of a whole text.
+std::u16string equivalentForm(std::u16string_view text, bool ignoresCase) {
+  UErrorCode status = U_ZERO_ERROR;
+  const UNormalizer2* decomposition = unorm2_getNFDInstance(&status);
+  std::u16string form(text.size() * 18 + 1, u'\0');
+  const auto decompose = [&](std::u16string_view from) {
+    form.resize(from.size() * 18 + 1);
+    form.resize(
+        static_cast<std::size_t>(unorm2_normalize(decomposition, from.data(), static_cast<std::int32_t>(from.size()),
+                                                  form.data(), static_cast<std::int32_t>(form.size()), &status)));
+  };
+  decompose(text);
+  if (!ignoresCase) return form;
+  std::u16string folded(form.size() * 3 + 1, u'\0');
+  folded.resize(
+      static_cast<std::size_t>(u_strFoldCase(folded.data(), static_cast<std::int32_t>(folded.size()), form.data(),
+                                             static_cast<std::int32_t>(form.size()), 0, &status)));
+  decompose(folded);
+  return form;
+}
+
+/// unorm_compare where it is to be trusted: it reads unset memory behind an unpaired surrogate.
 std::weak_ordering compareByICU(std::u16string_view a, std::u16string_view b, std::uint32_t options) {
+  if (!unicode::isWellFormed(a) || !unicode::isWellFormed(b)) {
+    return equivalentForm(a, options != 0) <=> equivalentForm(b, options != 0);
+  }
   UErrorCode status = U_ZERO_ERROR;
   return unorm_compare(a.data(), static_cast<std::int32_t>(a.size()), b.data(), static_cast<std::int32_t>(b.size()),
                        options, &status) <=> 0;
