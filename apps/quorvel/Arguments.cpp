@@ -123,6 +123,17 @@ std::optional<NSMutableAttributedString> Reader<NSMutableAttributedString>::read
   return NSMutableAttributedString(*text);
 }
 
+std::optional<UnitIndex> Reader<UnitIndex>::read(const Value& json, std::string& reason) {
+  constexpr const char* kExpected = "an integer from 0 to 2^63 - 1";
+  const std::optional<std::int64_t> value = readInteger<std::int64_t>(kExpected, json, reason);
+  if (!value) return std::nullopt;
+  if (*value < 0) {
+    reason = std::string("expected ") + kExpected;
+    return std::nullopt;
+  }
+  return UnitIndex{*value};
+}
+
 std::optional<Tuples> Reader<Tuples>::read(const Value& json, std::string& reason) {
   const std::optional<List> list = Reader<List>::read(json, reason);
   if (!list) return std::nullopt;
@@ -144,14 +155,14 @@ bool Held<StringView>::read(const Value& json, std::string& reason) {
 
 bool Held<std::span<const Value>>::read(std::span<const Value> json, std::string& reason) {
   if (json.size() == 1 && json[0].isList()) {
-    std::optional<List> list = Reader<List>::read(json[0], reason);
-    if (list) value = std::move(*list);
+    const std::optional<List> list = Reader<List>::read(json[0], reason);
+    if (list) value.assign(list->begin(), list->end());
     return list.has_value();
   }
   for (const Value& element : json) {
     std::optional<Value> read = fromWire(element, reason);
     if (!read) return false;
-    value.append(std::move(*read));
+    value.push_back(std::move(*read));
   }
   return true;
 }

@@ -51,6 +51,17 @@ struct Reader<Tuples> {
   [[nodiscard]] static std::optional<Tuples> read(const Value& json, std::string& reason);
 };
 
+/// An index that the operation's contract wants not to be negative.
+struct UnitIndex {
+  std::int64_t value;
+  operator std::int64_t() const { return value; }
+};
+template <>
+struct Reader<UnitIndex> {
+  static constexpr std::string_view kText = "std::int64_t";
+  [[nodiscard]] static std::optional<UnitIndex> read(const Value& json, std::string& reason);
+};
+
 /// Holds an argument for the time of a call. `kIsRest` says that it takes all arguments that are left.
 template <class T>
 struct Held {
@@ -90,10 +101,10 @@ struct Held<StringView> {
 template <>
 struct Held<std::span<const Value>> {
   static constexpr bool kIsRest = true;
-  List value;
+  std::vector<Value> value;  // which may be nil
 
   bool read(std::span<const Value> json, std::string& reason);
-  std::span<const Value> pass() { return {value.begin(), value.size()}; }
+  std::span<const Value> pass() { return value; }
 };
 
 }  // namespace quorvel::command

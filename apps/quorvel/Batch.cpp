@@ -35,7 +35,7 @@ struct Line {
 
 class Lines {
  public:
-  explicit Lines(int descriptor) : descriptor_(descriptor) {}
+  Lines(int descriptor, std::size_t longestLine) : descriptor_(descriptor), longestLine_(longestLine) {}
 
   /// The next line of what has been read; the text stands until the next `read`.
   bool take(Line& line) {
@@ -43,7 +43,7 @@ class Lines {
     const void* found = scanned_ < size_ ? std::memchr(buffer_.data() + scanned_, '\n', size_ - scanned_) : nullptr;
     if (!found && !(isAtEnd_ && (from_ < size_ || isTooLong_))) {
       scanned_ = size_;
-      if (isTooLong_ || size_ - from_ > kLongestLine + 1) {
+      if (isTooLong_ || size_ - from_ > longestLine_ + 1) {
         isTooLong_ = true;
         scanned_ = from_ = size_ = 0;
       }
@@ -51,7 +51,7 @@ class Lines {
     }
     const std::size_t end = found ? static_cast<std::size_t>(static_cast<const char*>(found) - buffer_.data()) : size_;
     line.text = {start, end - from_};
-    line.isTooLong = isTooLong_ || line.text.size() > kLongestLine;
+    line.isTooLong = isTooLong_ || line.text.size() > longestLine_;
     isTooLong_ = false;
     scanned_ = from_ = found ? end + 1 : size_;
     return true;
@@ -84,6 +84,7 @@ class Lines {
   }
 
   int descriptor_;
+  std::size_t longestLine_;
   std::string buffer_;
   std::size_t from_ = 0;     // the first byte not taken
   std::size_t scanned_ = 0;  // no line break before it
@@ -124,7 +125,7 @@ class Output {
 
 bool answer(const Line& line, std::string& out) {
   if (!line.isTooLong) return answerCall(line.text, out);
-  appendError("a line is longer than 64 MiB", out);
+  appendError("the line is too long", out);
   return false;
 }
 
@@ -146,8 +147,8 @@ bool answerAll(Lines& lines, Output& output) {
 
 }  // namespace
 
-int runBatch(int input, int output) {
-  Lines lines(input);
+int runBatch(int input, int output, std::size_t longestLine) {
+  Lines lines(input, longestLine);
   Output answers(output);
   const bool allAnswered = answerAll(lines, answers);
   if (lines.hasFailed()) std::fputs("quorvel call: standard input cannot be read\n", stderr);

@@ -160,8 +160,9 @@ consteval std::size_t countNames(std::string_view names) {
 
 }  // namespace detail
 
-/// A row for a function or a lambda without captures. It does not compile when the parameters are not named one by one.
-template <auto Function>
+/// A row for a function or a lambda without captures; `Named` is the function that a lambda stands for. It does not
+/// compile when the parameters are not named one by one.
+template <auto Function, auto Named = Function>
 consteval Operation op(std::string_view family, std::string_view name, std::string_view parameters,
                        std::string_view summary, std::string_view example = "[]") {
   using Type = detail::FunctionType<std::remove_const_t<decltype(Function)>>;
@@ -169,7 +170,7 @@ consteval Operation op(std::string_view family, std::string_view name, std::stri
   if (detail::countNames(parameters) != std::tuple_size_v<Parameters>) throw "one name for each parameter";
   return {family,
           name,
-          detail::nameOf<Function>(),
+          detail::nameOf<Named>(),
           parameters,
           summary,
           example,

@@ -73,8 +73,10 @@ constexpr Operation kRows[] = {
     op<&nsRange>(kValue, "nsRange()", "text", "the range of the whole text", R"(["abc"])"),
     op<&nsRangeOf>(kValue, "nsRangeOf(string:ignoreCase:)", "text, string, ignoreCase",
                    "the range of the first occurrence", R"(["Hello", "LL", true])"),
-    op<&nsSubstringFrom>(kValue, "nsSubstring(from:)", "text, from", "the units from an index on", R"(["abc", 1])"),
-    op<&nsSubstringTo>(kValue, "nsSubstring(to:)", "text, to", "the units before an index", R"(["abc", 2])"),
+    op<[](StringView text, UnitIndex from) { return nsSubstringFrom(text, from); }, &nsSubstringFrom>(
+        kValue, "nsSubstring(from:)", "text, from", "the units from an index on", R"(["abc", 1])"),
+    op<[](StringView text, UnitIndex to) { return nsSubstringTo(text, to); }, &nsSubstringTo>(
+        kValue, "nsSubstring(to:)", "text, to", "the units before an index", R"(["abc", 2])"),
     op<&separatedBy>(kValue, "separatedBy(characters:)", "text, characters", "the text without those characters",
                      R"(["a-b_c", "-_"])"),
     op<&separatedEmptyCharacters>(kValue, "separatedEmptyCharacters()", "text",
