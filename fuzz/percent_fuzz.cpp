@@ -24,7 +24,7 @@ void checkEncoders(const String& text) {
   require(urlDecodeString(*stringByURLEncoding(text)) == text, "stringByURLEncoding decodes to the text");
   require(urlDecodeString(urlEncodedString(text, false)) == text, "urlEncodedString(false) decodes to the text");
   require(urlDecodeString(urlEncodedString(text, true)) == text, "urlEncodedString(true) decodes to the text");
-  require(addingPercentEncoding(text, forceEncodingCharacterSet()) == stringByEncodingCharacterSet(text),
+  require(addingPercentEncoding(text, forceEncodingCharacterSet(text)) == stringByEncodingCharacterSet(text),
           "the set and the fast form of the set encode alike");
 }
 

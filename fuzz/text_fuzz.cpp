@@ -54,7 +54,10 @@ void checkPieces(const String& text, const String& separators) {
   for (const StringView piece : componentsSeparatedBy(text, set)) units += piece.size();
   const String removed = separatedBy(text, separators);
   require(removed.size() == units, "removing characters keeps the pieces between them");
-  require(separatedBy(removed, separators) == removed, "no removed character is left");
+  // Halves of a pair that come together make a new character.
+  require(
+      !unicode::isWellFormed(text) || !unicode::isWellFormed(separators) || separatedBy(removed, separators) == removed,
+      "no removed character is left");
   require(joined(componentsSeparatedBy(text, StringView(separators)), separators) == text,
           "splitting and joining with one separator gives the text back");
 }
@@ -63,7 +66,7 @@ void checkCleaning(const String& text) {
   const StringView trimmed = trimmedOfWhitespace(text);
   require(trimmed == quorvel::trimmed(text, NSCharacterSet::whitespaceAndNewline()), "both forms of trimming agree");
   require(StringUtils::isEmpty(text) == trimmed.isEmpty(), "blank is what trims to nothing");
-  const String cleaned = NSStringTextSearch::removeInvaildSearchStr(text);
+  const String cleaned = *NSStringTextSearch::removeInvaildSearchStr(text);
   require(cleaned.size() < 2 || NSStringTextSearch::isSearchableString(cleaned),
           "what is cleaned is searchable or short");
   require(countOfClusters(text) <= text.size(), "no more clusters than units");

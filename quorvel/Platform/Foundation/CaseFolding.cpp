@@ -48,8 +48,10 @@ CaseFolding::CaseFolding() : entries_(kPage) {
     uset_getItem(cased, i, &first, &last, nullptr, 0, &status);
     for (auto scalar = static_cast<char32_t>(first); scalar <= static_cast<char32_t>(last); ++scalar) addFold(scalar);
   }
-  std::stable_sort(folds_.begin(), folds_.end(),
-                   [](const Fold& a, const Fold& b) { return a.folded().units() < b.folded().units(); });
+  std::sort(folds_.begin(), folds_.end(), [](const Fold& a, const Fold& b) {
+    const auto order = a.folded() <=> b.folded();
+    return order != 0 ? order < 0 : a.scalar < b.scalar;
+  });
   for (std::size_t i = 0; i < folds_.size(); ++i) {
     std::uint16_t& page = pages_[folds_[i].scalar / kPage];
     if (!page) {

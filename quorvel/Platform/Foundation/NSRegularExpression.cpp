@@ -263,10 +263,10 @@ class NSRegularExpression::Compiled::Cache {
     return cache;
   }
 
-  [[nodiscard]] std::shared_ptr<const Compiled> find(std::uint64_t hash, StringView pattern, Options options) {
+  [[nodiscard]] std::shared_ptr<const Compiled> find(std::uint64_t hash, StringView wanted, Options how) {
     const std::scoped_lock lock(mutex_);
     const auto place = std::find_if(entries_.begin(), entries_.end(), [&](const Kept& entry) {
-      return entry.hash == hash && entry.compiled->options == options && StringView(entry.compiled->pattern) == pattern;
+      return entry.hash == hash && entry.compiled->options == how && StringView(entry.compiled->pattern) == wanted;
     });
     if (place == entries_.end()) return nullptr;
     std::rotate(entries_.begin(), place, place + 1);

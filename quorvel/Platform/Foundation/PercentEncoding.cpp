@@ -298,9 +298,8 @@ std::optional<String> addingPercentEncoding(const String& text, const NSCharacte
 std::optional<String> removingPercentEncoding(const String& text) {
   if (!unicode::isWellFormed(text)) return nil;
   if (unicode::findUnit(text, u'%') == unicode::kInvalid) return text;
-  const auto escapes = static_cast<std::size_t>(std::count(text.begin(), text.end(), u'%'));
-  if (escapes > text.size() / kEscapeUnits) return nil;
-  const std::size_t room = text.size() - 2 * escapes + vector::kLanes;
+  // Room for the text itself: a "%" that is no escape may stand behind any amount of plain text.
+  const std::size_t room = text.size() + vector::kLanes;
   std::size_t size = 0;
   if (room <= kShort) {
     char16_t buffer[kShort];

@@ -124,5 +124,14 @@ TEST(PercentEncoding, DecodesValidUTF8Only) {
   EXPECT_EQ(*removingPercentEncoding(u"%00"), String(StringView(u"\0")));
 }
 
+TEST(RemovingPercentEncoding, PlainTextBeforeBrokenEscapesFits) {
+  for (const std::size_t plain : {8U, 60U, 119U, 1000U}) {
+    for (const std::size_t percents : {1U, 30U, 59U, 500U}) {
+      const std::u16string text = std::u16string(plain, u'a') + std::u16string(percents, u'%');
+      EXPECT_EQ(removingPercentEncoding(text), std::nullopt) << plain << " and " << percents;
+    }
+  }
+}
+
 }  // namespace
 }  // namespace quorvel
