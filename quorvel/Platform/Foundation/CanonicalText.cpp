@@ -88,6 +88,17 @@ bool isSequenceBoundary(StringView text, std::size_t index) {
   return (U_GET_GC_MASK(code) & U_GC_M_MASK) == 0 && unorm2_hasBoundaryBefore(composition(), code);
 }
 
+void appendDecomposed(StringView text, bool ignoresCase, StringBuilder& out) {
+  StringBuilder form;
+  StringBuilder folded;
+  apply(decompose, text, form);
+  if (ignoresCase) {
+    apply(foldCase, form.view(), folded);
+    apply(decompose, folded.view(), form);
+  }
+  out.append(form.view());
+}
+
 CanonicalText::CanonicalText(StringView text, bool ignoresCase) : text_(text), ignoresCase_(ignoresCase) {
   units_.reserve(text.size() + text.size() / 16);
   for (std::size_t start = 0; start < text.size();) {

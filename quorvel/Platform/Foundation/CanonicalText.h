@@ -14,6 +14,9 @@ namespace quorvel {
 /// and a surrogate pair is one. CR LF are two sequences.
 [[nodiscard]] bool isSequenceBoundary(StringView text, std::size_t index);
 
+/// Appends the canonical decomposition of the text (UAX #15, form D), or with case ignored that of its folded form.
+void appendDecomposed(StringView text, bool ignoresCase, StringBuilder& out);
+
 /// A text in a form that is the same for all canonically equivalent texts (UAX #15, form C), or with case ignored the
 /// same for all caseless equivalent ones (Unicode, chapter 3.13, D145).
 class CanonicalText {
