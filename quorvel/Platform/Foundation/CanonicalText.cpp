@@ -88,14 +88,15 @@ bool isSequenceBoundary(StringView text, std::size_t index) {
   return (U_GET_GC_MASK(code) & U_GC_M_MASK) == 0 && unorm2_hasBoundaryBefore(composition(), code);
 }
 
-String decomposedForm(StringView text, bool ignoresCase) {
+void appendDecomposed(StringView text, bool ignoresCase, StringBuilder& out) {
   StringBuilder form;
-  apply(decompose, text, form);
-  if (!ignoresCase) return form.finish();
   StringBuilder folded;
-  apply(foldCase, form.view(), folded);
-  apply(decompose, folded.view(), form);
-  return form.finish();
+  apply(decompose, text, form);
+  if (ignoresCase) {
+    apply(foldCase, form.view(), folded);
+    apply(decompose, folded.view(), form);
+  }
+  out.append(form.view());
 }
 
 CanonicalText::CanonicalText(StringView text, bool ignoresCase) : text_(text), ignoresCase_(ignoresCase) {

@@ -14,9 +14,8 @@ namespace quorvel {
 /// and a surrogate pair is one. CR LF are two sequences.
 [[nodiscard]] bool isSequenceBoundary(StringView text, std::size_t index);
 
-/// The canonical decomposition of a whole text (UAX #15, form D), with case ignored its caseless form (Unicode, chapter
-/// 3.13, D145): equivalent texts have the same, and the order of texts is that of its units.
-[[nodiscard]] String decomposedForm(StringView text, bool ignoresCase);
+/// Appends the canonical decomposition of the text (UAX #15, form D), or with case ignored that of its folded form.
+void appendDecomposed(StringView text, bool ignoresCase, StringBuilder& out);
 
 /// A text in a form that is the same for all canonically equivalent texts (UAX #15, form C), or with case ignored the
 /// same for all caseless equivalent ones (Unicode, chapter 3.13, D145).

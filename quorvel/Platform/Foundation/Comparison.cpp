@@ -86,24 +86,31 @@ std::optional<std::weak_ordering> orderAt(StringView a, StringView b, std::size_
   return whenLeftIsShorter(Decomposed(Fold::fold(rest[0])).units[0] <=> final);
 }
 
-std::weak_ordering compareEquivalents(StringView a, StringView b, std::uint32_t options) {
-  if (!unicode::isWellFormed(a) || !unicode::isWellFormed(b)) {
-    // ICU's comparison reads unset memory behind an unpaired surrogate and answers by chance.
-    const bool ignoresCase = options != 0;
-    return decomposedForm(a, ignoresCase) <=> decomposedForm(b, ignoresCase);
-  }
+std::weak_ordering compareForms(StringView a, StringView b, bool ignoresCase) {
+  StringBuilder left;
+  StringBuilder right;
+  appendDecomposed(a, ignoresCase, left);
+  appendDecomposed(b, ignoresCase, right);
+  return left.view() <=> right.view();
+}
+
+std::weak_ordering compareByICU(StringView a, StringView b, bool ignoresCase) {
+  // ICU's comparison goes astray, beyond its own buffers, where one text has a pair and the other the unpaired first
+  // half of it before something that folds or decomposes.
+  if (!unicode::isWellFormed(a) || !unicode::isWellFormed(b)) return compareForms(a, b, ignoresCase);
   UErrorCode status = U_ZERO_ERROR;
+  const std::uint32_t options = ignoresCase ? U_COMPARE_IGNORE_CASE : 0;
   return unorm_compare(a.data(), sizeOf(a), b.data(), sizeOf(b), options, &status) <=> 0;
 }
 
 template <class Fold>
-std::weak_ordering compare(StringView a, StringView b, std::uint32_t options) {
+std::weak_ordering compare(StringView a, StringView b, bool ignoresCase) {
   if (a.isNil() || b.isNil()) return static_cast<int>(!a.isNil()) <=> static_cast<int>(!b.isNil());
   std::size_t at = commonPrefix<Fold>(a, b);
   if (const auto order = orderAt<Fold>(a, b, at)) return *order;
   // What stands before the sequences that differ has no part in it.
   while (!isSequenceBoundary(a, at) || !isSequenceBoundary(b, at)) --at;
-  return compareEquivalents(a.sub(at), b.sub(at), options);
+  return compareByICU(a.sub(at), b.sub(at), ignoresCase);
 }
 
 /// The needle with simple case folded, for the search by units.
@@ -159,13 +166,11 @@ NSRange findEquivalent(StringView text, StringView needle, bool ignoresCase) {
 
 }  // namespace
 
-bool isCanonicallyEqual(StringView a, StringView b) { return compare<NoFold>(a, b, 0) == 0; }
+bool isCanonicallyEqual(StringView a, StringView b) { return compare<NoFold>(a, b, false) == 0; }
 
-std::weak_ordering compareCanonical(StringView a, StringView b) { return compare<NoFold>(a, b, 0); }
+std::weak_ordering compareCanonical(StringView a, StringView b) { return compare<NoFold>(a, b, false); }
 
-std::weak_ordering caseInsensitiveCompare(StringView a, StringView b) {
-  return compare<SimpleFold>(a, b, U_COMPARE_IGNORE_CASE);
-}
+std::weak_ordering caseInsensitiveCompare(StringView a, StringView b) { return compare<SimpleFold>(a, b, true); }
 
 NSRange rangeOfString(StringView text, StringView needle) {
   return findEquivalent<plain::Composed, NoFold>(text, needle, false);
