@@ -118,7 +118,9 @@ std::variant<Reply, std::string> readReply(const std::string& path, const std::s
   for (std::size_t i = 0; i < records->size(); ++i) {
     const Value& record = (*records)[i];
     if (!record.isDictionary()) {
-      return name + ": " + listKey + "[" + std::to_string(i) + "] is " + kindName(record) + ", not a record";
+      std::string reason = name + ": ";
+      return reason.append(listKey).append("[").append(std::to_string(i)).append("] is ").append(kindName(record)) +
+             ", not a record";
     }
   }
   return Reply{*records, bytes.size()};

@@ -38,9 +38,9 @@ std::vector<StringView> keywordsOf(StringView text) {
 
 /// The text in its searchable form, or nil when it never becomes searchable.
 std::optional<String> searchableText(const String& typed) {
-  using namespace NSStringTextSearch;
-  const String cleaned =
-      isSearchableString(typed) ? String(trimmedOfWhitespace(typed)) : removeInvaildSearchStr(typed).value_or(typed);
+  using NSStringTextSearch::isSearchableString;
+  String cleaned = isSearchableString(typed) ? String(trimmedOfWhitespace(typed))
+                                             : NSStringTextSearch::removeInvaildSearchStr(typed).value_or(typed);
   if (!isSearchableString(cleaned) || keywordsOf(cleaned).empty()) return nil;
   return cleaned;
 }

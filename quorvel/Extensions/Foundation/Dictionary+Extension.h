@@ -101,7 +101,8 @@ void merge(Map& map, const Map& other) {
   for (const auto& [key, value] : other) map.insert_or_assign(key, value);
 }
 inline void merge(Dictionary& dictionary, const Dictionary& other) {
-  const Dictionary entries = other;  // may be the receiver itself
+  // `other` may be the receiver itself. NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
+  const Dictionary entries = other;
   for (const auto& [key, value] : entries) dictionary.set(key, value);
 }
 

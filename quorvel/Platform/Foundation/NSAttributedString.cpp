@@ -119,7 +119,8 @@ void NSMutableAttributedString::addAttributes(const Attributes& attributes, cons
 
 void NSMutableAttributedString::append(const NSAttributedString& other) {
   const std::uint64_t offset = length();
-  const std::vector<Span> added = other.spans();  // `other` may be this text
+  // `other` may be this text. NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
+  const std::vector<Span> added = other.spans();
   StringBuilder text;
   text.reserve(length() + other.length());
   text.append(text_);
