@@ -8,11 +8,12 @@
 
 namespace quorvel::json {
 
-/// What a reader of keys remembers of one dictionary, to know whether its keys are distinct.
+/// What a reader of keys remembers of one dictionary, to know whether its keys are distinct. It begins as
+/// `KeyReader::none`; without initialisers a reader's 512 frames cost nothing until they are used.
 struct SeenKeys {
-  std::uint64_t slots = 0;
-  std::uint64_t evictions = 0;
-  bool mayRepeat = false;
+  std::uint64_t slots;
+  std::uint64_t evictions;
+  bool mayRepeat;
 };
 
 template <class Unit>
@@ -22,7 +23,7 @@ class KeyReader {
   KeyReader(const KeyReader&) = delete;
   KeyReader& operator=(const KeyReader&) = delete;
   ~KeyReader() {
-    for (; filled_; filled_ &= filled_ - 1) slots_[std::countr_zero(filled_)].key.~Value();
+    for (; filled_; filled_ &= filled_ - 1) slotAt(static_cast<unsigned>(std::countr_zero(filled_))).key.~Value();
   }
 
   [[nodiscard]] SeenKeys none() const { return {0, evictions_, false}; }
@@ -45,8 +46,8 @@ class KeyReader {
     const std::uint64_t bit = std::uint64_t{1} << slot;
     seen.mayRepeat |= (seen.slots & bit) != 0;
     seen.slots |= bit;
-    new (place) Value(slots_[slot].key);
-    return at + slots_[slot].size;
+    new (place) Value(slotAt(slot).key);
+    return at + slotAt(slot).size;
   }
 
  private:
@@ -60,16 +61,18 @@ class KeyReader {
     Value key;
   };
 
+  [[nodiscard]] Slot& slotAt(unsigned slot) { return reinterpret_cast<Slot*>(memory_)[slot]; }
+  [[nodiscard]] const Slot& slotAt(unsigned slot) const { return reinterpret_cast<const Slot*>(memory_)[slot]; }
   [[nodiscard]] bool isFilled(unsigned slot) const { return (filled_ >> slot & 1) != 0; }
 
   /// The key of the slot begins at `at`. What follows a kept key in the text follows the key at `at` too: it came
   /// later.
   [[nodiscard]] bool isHeld(unsigned slot, const Unit* at) const {
     if (!isFilled(slot)) return false;
-    const std::size_t bytes = slots_[slot].size * sizeof(Unit);
+    const std::size_t bytes = slotAt(slot).size * sizeof(Unit);
     const std::size_t left = source_.left(at) * sizeof(Unit);
     const auto* a = reinterpret_cast<const char*>(at);
-    const auto* b = reinterpret_cast<const char*>(slots_[slot].text);
+    const auto* b = reinterpret_cast<const char*>(slotAt(slot).text);
     if (left < bytes + vector::kByteLanes) return left >= bytes && std::memcmp(a, b, bytes) == 0;
     std::size_t i = 0;
     for (; bytes - i > vector::kByteLanes; i += vector::kByteLanes) {
@@ -104,12 +107,12 @@ class KeyReader {
     alignas(Value) unsigned char memory[sizeof(Value)];
     if (!text_.read(from, reinterpret_cast<Value*>(memory))) return false;
     if (isFilled(slot)) {
-      slots_[slot].key.~Value();
+      slotAt(slot).key.~Value();
       ++evictions_;  // the key that goes may come again in an open dictionary and would not be known
     }
-    slots_[slot].text = from;
-    slots_[slot].size = static_cast<std::size_t>(end - from);
-    std::memcpy(static_cast<void*>(&slots_[slot].key), memory, sizeof memory);
+    slotAt(slot).text = from;
+    slotAt(slot).size = static_cast<std::size_t>(end - from);
+    std::memcpy(static_cast<void*>(&slotAt(slot).key), memory, sizeof memory);
     filled_ |= std::uint64_t{1} << slot;
     return true;
   }
@@ -120,9 +123,8 @@ class KeyReader {
   std::uint64_t evictions_ = 0;
   unsigned previous_ = 0;
   std::uint8_t next_[kSlots] = {};  // for each slot that of the key which followed last
-  union {
-    Slot slots_[kSlots];  // those of `filled_` hold a key
-  };
+  /// Raw memory: only the slots of `filled_` hold a key.
+  alignas(Slot) unsigned char memory_[kSlots * sizeof(Slot)];
 };
 
 }  // namespace quorvel::json
