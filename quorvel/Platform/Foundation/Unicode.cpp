@@ -56,13 +56,15 @@ char16_t* writeScalar(char16_t* out, char32_t scalar) {
   return out;
 }
 
-/// Copies ASCII in blocks of eight; stops at the first block with another byte.
+/// Copies ASCII in blocks of sixteen and eight; stops at the first block with another byte.
 const char* copyASCII(const char* at, const char* end, char16_t*& out) {
-  while (end - at >= 8 && isASCII8(at)) {
-    Units::widen(at).store(out);
-    at += 8;
-    out += 8;
+  for (; end - at >= 16; at += 16, out += 16) {
+    const auto bytes = vector::Bytes::load(at);
+    if (bytes.highBits() != 0) break;
+    bytes.widenLow().store(out);
+    bytes.widenHigh().store(out + 8);
   }
+  for (; end - at >= 8 && isASCII8(at); at += 8, out += 8) Units::widen(at).store(out);
   return at;
 }
 
@@ -107,12 +109,12 @@ std::size_t encodeUTF8(StringView text, char* const start, OnUnpaired onUnpaired
   char* out = start;
   const Units ascii = Units::splat(0x7F);
   while (at != end) {
-    while (end - at >= 8) {
-      const Units units = Units::load(at);
-      if (!atMost(units, ascii).lanesSet().all()) break;
-      units.narrow(out);
-      at += 8;
-      out += 8;
+    for (; end - at >= 16; at += 16, out += 16) {
+      const Units low = Units::load(at);
+      const Units high = Units::load(at + 8);
+      if (!atMost(low | high, ascii).lanesSet().all()) break;
+      low.narrow(out);
+      high.narrow(out + 8);
     }
     // Up to eight units one by one before ASCII is tried again.
     for (int i = 0; i < 8 && at != end; ++i) {
@@ -134,10 +136,28 @@ std::size_t encodeUTF8(StringView text, char* const start, OnUnpaired onUnpaired
 }  // namespace
 
 std::size_t utf16Length(std::string_view bytes) {
-  std::size_t count = 0;
-  for (const char byte : bytes) {  // a plain loop that compilers vectorise
-    count += static_cast<std::size_t>(!isContinuation(byte)) +
-             static_cast<std::size_t>(static_cast<unsigned char>(byte) >= 0xF0);
+  constexpr std::uint64_t kOnes = 0x0101010101010101;
+  const char* at = bytes.data();
+  const char* const end = at + bytes.size();
+  while (end - at >= 16 && vector::Bytes::load(at).highBits() == 0) at += 16;
+  auto count = static_cast<std::size_t>(at - bytes.data());
+  // Eight bytes at a time, a counter in each byte: up to 31 words, each of which adds at most two.
+  while (end - at >= 8) {
+    std::uint64_t counters = 0;
+    for (int words = 0; words < 31 && end - at >= 8; ++words, at += 8) {
+      std::uint64_t word;
+      std::memcpy(&word, at, sizeof word);
+      const std::uint64_t continuations = (word >> 7) & ~(word >> 6) & kOnes;
+      const std::uint64_t fourByteLeads = (word >> 7) & (word >> 6) & (word >> 5) & (word >> 4) & kOnes;
+      counters += (continuations ^ kOnes) + fourByteLeads;
+    }
+    // Sums of pairs first: the whole may exceed a byte.
+    const std::uint64_t pairs = (counters & 0x00FF00FF00FF00FF) + ((counters >> 8) & 0x00FF00FF00FF00FF);
+    count += (pairs * 0x0001000100010001) >> 48;
+  }
+  for (; at != end; ++at) {
+    count += static_cast<std::size_t>(!isContinuation(*at)) +
+             static_cast<std::size_t>(static_cast<unsigned char>(*at) >= 0xF0);
   }
   return count;
 }
@@ -172,7 +192,23 @@ std::size_t utf8ToUTF16Replacing(std::string_view bytes, char16_t* out) {
 
 std::size_t utf8Length(StringView text) {
   std::size_t count = text.size();
-  for (const char16_t unit : text.units()) {
+  std::size_t i = 0;
+  while (i + vector::kLanes <= text.size()) {
+    // A counter in each lane: up to 2^14 blocks, each of which adds at most two.
+    Units counters = Units::splat(0);
+    for (int blocks = 0; blocks < 1 << 14 && i + vector::kLanes <= text.size(); ++blocks, i += vector::kLanes) {
+      const Units units = Units::load(text.data() + i);
+      // Lanes of all ones are -1.
+      const Units one = atMost(units, Units::splat(0x7F));
+      const Units two = atMost(units, Units::splat(0x7FF));
+      counters = counters + Units::splat(2) + one + two + vector::inRange(units, 0xD800, 0x7FF);
+    }
+    char16_t lanes[vector::kLanes];
+    counters.store(lanes);
+    for (const char16_t lane : lanes) count += lane;
+  }
+  for (; i < text.size(); ++i) {
+    const char16_t unit = text[i];
     count += static_cast<std::size_t>(unit > 0x7F) + static_cast<std::size_t>(unit > 0x7FF) -
              static_cast<std::size_t>(isSurrogate(unit));
   }
