@@ -180,7 +180,7 @@ Value woven(std::size_t width, const Value& leafOf, std::size_t strideFactor) {
 TEST(Value, PairsOfSharedPartsAreNotEnumerated) {
   const auto comparisons = std::make_shared<int>(0);
   const std::size_t width = 256;
-  // Every leaf list of one side meets every one of the other: 65,536 pairs, of which 511 settle the matter.
+  // Each leaf list of one side meets half of the other's: 32,768 pairs, of which 511 settle the matter.
   const Value a = woven(width, Counted{7, comparisons}, 1);
   const Value b = woven(width, Counted{7, comparisons}, 3);
   EXPECT_EQ(a, b);
