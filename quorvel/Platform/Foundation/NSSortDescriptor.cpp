@@ -49,7 +49,7 @@ class KeyedOrder {
       const std::weak_ordering order = descriptors_[i].compareKeys(keysOfA[i], keysOfB[i]);
       if (order != std::weak_ordering::equivalent) return order == std::weak_ordering::less;
     }
-    return false;
+    return a < b;  // as they stood
   }
 
  private:
@@ -83,7 +83,7 @@ List sortedArrayUsingDescriptors(const List& list, std::span<const NSSortDescrip
   const KeyedOrder order(list, descriptors);
   std::vector<std::size_t> places(list.size());
   std::iota(places.begin(), places.end(), std::size_t{0});
-  std::stable_sort(places.begin(), places.end(), [&order](std::size_t a, std::size_t b) { return order(a, b); });
+  std::sort(places.begin(), places.end(), [&order](std::size_t a, std::size_t b) { return order(a, b); });
   List sorted;
   sorted.reserve(list.size());
   for (const std::size_t place : places) sorted.append(list[place]);
