@@ -133,6 +133,46 @@ std::optional<UnitIndex> Reader<UnitIndex>::read(const Value& json, std::string&
   }
   return UnitIndex{*value};
 }
+std::optional<NSIndexPath> Reader<NSIndexPath>::read(const Value& json, std::string& reason) {
+  const List* pair = json.asList();
+  if (!pair || pair->size() != 2) return refuse<NSIndexPath>("[section, item]", json, reason);
+  const std::optional<std::int64_t> section = Reader<std::int64_t>::read((*pair)[0], reason);
+  if (!section) return std::nullopt;
+  const std::optional<std::int64_t> item = Reader<std::int64_t>::read((*pair)[1], reason);
+  if (!item) return std::nullopt;
+  return NSIndexPath{*section, *item};
+}
+std::optional<NSIndexSet> Reader<NSIndexSet>::read(const Value& json, std::string& reason) {
+  const List* list = json.asList();
+  if (!list) return refuse<NSIndexSet>("a list of indexes", json, reason);
+  std::vector<std::uint64_t> indexes;
+  for (const Value& element : *list) {
+    const std::optional<std::uint64_t> index = Reader<std::uint64_t>::read(element, reason);
+    if (!index) return std::nullopt;
+    if (*index >= kNotFound) return refuse<NSIndexSet>("an index below 2^63 - 1", element, reason);
+    indexes.push_back(*index);
+  }
+  return NSIndexSet(std::move(indexes));
+}
+std::optional<NSSortDescriptor> Reader<NSSortDescriptor>::read(const Value& json, std::string& reason) {
+  const List* pair = json.asList();
+  if (!pair && json.isString()) return NSSortDescriptor(*json.asString(), true);
+  const bool isPair = pair && pair->size() == 2 && (*pair)[0].isString();
+  const std::optional<bool> ascending = isPair ? Reader<bool>::read((*pair)[1], reason) : std::nullopt;
+  if (!ascending) return refuse<NSSortDescriptor>("a key path or [key path, ascending]", json, reason);
+  return NSSortDescriptor(*(*pair)[0].asString(), *ascending);
+}
+std::optional<SortDescriptors> Reader<SortDescriptors>::read(const Value& json, std::string& reason) {
+  const List* list = json.asList();
+  if (!list) return refuse<SortDescriptors>("a list of sort descriptors", json, reason);
+  SortDescriptors descriptors;
+  for (const Value& element : *list) {
+    std::optional<NSSortDescriptor> descriptor = Reader<NSSortDescriptor>::read(element, reason);
+    if (!descriptor) return std::nullopt;
+    descriptors.push_back(std::move(*descriptor));
+  }
+  return descriptors;
+}
 
 std::optional<Tuples> Reader<Tuples>::read(const Value& json, std::string& reason) {
   const std::optional<List> list = Reader<List>::read(json, reason);

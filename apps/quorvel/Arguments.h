@@ -9,6 +9,10 @@
 
 #include <apps/quorvel/Wire.h>
 
+#include <quorvel/Platform/Foundation/NSIndexPath.h>
+#include <quorvel/Platform/Foundation/NSIndexSet.h>
+#include <quorvel/Platform/Foundation/NSSortDescriptor.h>
+
 namespace quorvel::command {
 
 /// What a parameter of type `T` is read from. Each has `kText`, the type as a signature shows it, and `read`.
@@ -42,6 +46,9 @@ QUORVEL_ARGUMENT(NSRange);
 QUORVEL_ARGUMENT(UIColor);
 QUORVEL_ARGUMENT(NSAttributedString);
 QUORVEL_ARGUMENT(NSMutableAttributedString);
+QUORVEL_ARGUMENT(NSIndexPath);       // [section, item]
+QUORVEL_ARGUMENT(NSIndexSet);        // a list of indexes
+QUORVEL_ARGUMENT(NSSortDescriptor);  // "key path", or [key path, ascending]
 #undef QUORVEL_ARGUMENT
 
 /// Pairs for `init(tuples:)`: a list of [key, value].
@@ -60,6 +67,10 @@ template <>
 struct Reader<UnitIndex> {
   static constexpr std::string_view kText = "std::int64_t";
   [[nodiscard]] static std::optional<UnitIndex> read(const Value& json, std::string& reason);
+};
+template <>
+struct Reader<SortDescriptors> {
+  [[nodiscard]] static std::optional<SortDescriptors> read(const Value& json, std::string& reason);
 };
 
 /// Holds an argument for the time of a call. `kIsRest` says that it takes all arguments that are left.

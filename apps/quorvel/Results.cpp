@@ -53,6 +53,16 @@ Value characterSetToWire(const NSCharacterSet& set) {
 
 std::optional<Value> resultToWire(const UIColor& color) { return toWire(colorComponents(color)); }
 
+std::optional<Value> resultToWire(NSIndexPath path) { return Value(List{path.section, path.item}); }
+
+std::optional<Value> resultToWire(const Difference& difference) {
+  const std::optional<Value> pointer = toWire(difference.pointer);
+  const std::optional<Value> first = toWire(difference.first);
+  const std::optional<Value> second = toWire(difference.second);
+  if (!pointer || !first || !second) return std::nullopt;
+  return Value(Dictionary{{u"pointer", *pointer}, {u"first", *first}, {u"second", *second}});
+}
+
 std::optional<Value> resultToWire(NSRange range) { return Value(List{range.location, range.length}); }
 
 std::optional<Value> resultToWire(const NSCharacterSet& set) {

@@ -8,6 +8,8 @@
 #include <apps/quorvel/Wire.h>
 
 #include <quorvel/Platform/Foundation/CharacterSet.h>
+#include <quorvel/Platform/Foundation/FirstDifference.h>
+#include <quorvel/Platform/Foundation/NSIndexPath.h>
 
 namespace quorvel::command {
 
@@ -25,6 +27,11 @@ template <Arithmetic T>
 /// {"$characters": "..."}, or {"$excluded": "..."} for a set of most characters: the members, or what is no member.
 /// Unpaired surrogates are left out of account.
 [[nodiscard]] std::optional<Value> resultToWire(const NSCharacterSet& set);
+
+/// [section, item]
+[[nodiscard]] std::optional<Value> resultToWire(NSIndexPath path);
+/// {"pointer": "...", "first": ..., "second": ...}; null for a side that has nothing there.
+[[nodiscard]] std::optional<Value> resultToWire(const Difference& difference);
 
 template <class T>
 [[nodiscard]] std::optional<Value> resultToWire(const std::optional<T>& value) {

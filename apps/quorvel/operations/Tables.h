@@ -8,6 +8,7 @@ namespace quorvel::command {
 std::span<const Operation> textOperations();
 std::span<const Operation> highlightingOperations();
 std::span<const Operation> recordOperations();
+std::span<const Operation> listOperations();
 std::span<const Operation> percentEncodingOperations();
 std::span<const Operation> queryOperations();
 std::span<const Operation> jsonOperations();
@@ -17,8 +18,9 @@ std::span<const Operation> textSearchOperations();
 std::span<const Operation> colorOperations();
 
 inline constexpr std::span<const Operation> (*kTopics[])() = {
-    textOperations, highlightingOperations, recordOperations,   percentEncodingOperations, queryOperations,
-    jsonOperations, sizeOperations,         durationOperations, textSearchOperations,      colorOperations,
+    textOperations,  highlightingOperations, recordOperations, listOperations,     percentEncodingOperations,
+    queryOperations, jsonOperations,         sizeOperations,   durationOperations, textSearchOperations,
+    colorOperations,
 };
 
 }  // namespace quorvel::command

@@ -1,6 +1,6 @@
 // NSDictionary(Addtion): nil-safe, coercing reads from records, and merging. A stored null marker reads like a missing
 // key everywhere.
-// Not here: deep equality (its own header), writers (NSMutableDictionary+VelkaAdditions.h).
+// Not here: deep equality (DeepEquality.h), writers (NSMutableDictionary+VelkaAdditions.h).
 #pragma once
 
 #include <quorvel/Platform/Foundation/Value.h>

@@ -25,7 +25,7 @@ Value propertyOf(const Dictionary& dictionary, StringView name) {
 Value answerOf(const Value& receiver, StringView key) {
   if (receiver.isNull()) return receiver;
   const Dictionary* dictionary = receiver.asDictionary();
-  if (!dictionary) return nil;
+  if (!dictionary) return key == u"self" ? receiver : Value(nil);
   return namesProperty(key) ? propertyOf(*dictionary, key.sub(1)) : (*dictionary)[key];
 }
 

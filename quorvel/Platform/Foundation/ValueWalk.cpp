@@ -1,10 +1,9 @@
 // Equality and hashing of nested values: one loop over an explicit stack, shared parts visited once.
 #include <unordered_map>
-#include <unordered_set>
 
 #include <quorvel/Platform/Foundation/Hash.h>
 #include <quorvel/Platform/Foundation/SmallStack.h>
-#include <quorvel/Platform/Foundation/ValueBlocks.h>
+#include <quorvel/Platform/Foundation/ValueComparison.h>
 
 namespace quorvel {
 
@@ -12,82 +11,9 @@ using detail::Block;
 using detail::BlockKind;
 using detail::DictionaryBlock;
 using detail::ListBlock;
-
-/// Reaches the blocks of lists and dictionaries for the walks.
-struct ValueWalk {
-  static const Block* container(const Value& value) {
-    return value.isList() || value.isDictionary() ? value.block() : nullptr;
-  }
-  static const Block* container(const List& list) { return list.block_; }
-  static const Block* container(const Dictionary& dictionary) { return dictionary.block_; }
-  static bool isSameBlock(const Value& a, const Value& b) { return a.block() == b.block(); }
-};
+using detail::ValueComparison;
 
 namespace {
-
-struct PairHash {
-  std::size_t operator()(std::pair<const Block*, const Block*> pair) const {
-    return hashing::mix(reinterpret_cast<std::uintptr_t>(pair.first), reinterpret_cast<std::uintptr_t>(pair.second));
-  }
-};
-
-class Comparison {
- public:
-  /// Compares two containers of one kind.
-  bool run(const Block* a, const Block* b) {
-    if (!descend(a, b)) return false;
-    while (!stack_.isEmpty()) {
-      Frame& frame = stack_.top();
-      if (frame.next == sizeOf(frame.a)) {
-        stack_.pop();
-        continue;
-      }
-      const auto [left, right] = childPair(frame.a, frame.b, frame.next++);
-      if (!right || !compare(*left, *right)) return false;
-    }
-    return true;
-  }
-
- private:
-  struct Frame {
-    const Block* a;
-    const Block* b;
-    std::uint32_t next;
-  };
-
-  static std::uint32_t sizeOf(const Block* block) { return block ? block->size : 0; }
-
-  /// The next two values that must be equal; the second is nullptr when `b` lacks the key.
-  static std::pair<const Value*, const Value*> childPair(const Block* a, const Block* b, std::uint32_t index) {
-    if (a->kind == BlockKind::List) {
-      return {static_cast<const ListBlock*>(a)->items() + index, static_cast<const ListBlock*>(b)->items() + index};
-    }
-    const Entry& entry = static_cast<const DictionaryBlock*>(a)->entries()[index];
-    const auto* other = static_cast<const DictionaryBlock*>(b);
-    const std::size_t place = detail::findKey(other, entry.key);
-    return {&entry.value, place < other->size ? &other->entries()[place].value : nullptr};
-  }
-
-  bool compare(const Value& a, const Value& b) {
-    const Block* left = ValueWalk::container(a);
-    if (!left || a.kind() != b.kind()) return a == b;  // no container: does not descend
-    return descend(left, ValueWalk::container(b));
-  }
-
-  bool descend(const Block* a, const Block* b) {
-    if (a == b) return true;
-    if (sizeOf(a) != sizeOf(b)) return false;
-    if (sizeOf(a) == 0) return true;
-    // Only a shared block can be met again; a pair that was met is equal or the walk has ended already.
-    const bool shared = a->isShared() || b->isShared();
-    if (shared && !stack_.isEmpty() && !met_.insert({a, b}).second) return true;
-    stack_.push({a, b, 0});
-    return true;
-  }
-
-  detail::SmallStack<Frame> stack_;
-  std::unordered_set<std::pair<const Block*, const Block*>, PairHash> met_;
-};
 
 class Hashing {
  public:
@@ -167,11 +93,11 @@ class Hashing {
 }  // namespace
 
 bool operator==(const List& a, const List& b) {
-  return Comparison().run(ValueWalk::container(a), ValueWalk::container(b));
+  return ValueComparison().run(ValueWalk::container(a), ValueWalk::container(b));
 }
 
 bool operator==(const Dictionary& a, const Dictionary& b) {
-  return Comparison().run(ValueWalk::container(a), ValueWalk::container(b));
+  return ValueComparison().run(ValueWalk::container(a), ValueWalk::container(b));
 }
 
 bool operator==(const Value& a, const Value& b) {
@@ -191,7 +117,7 @@ bool operator==(const Value& a, const Value& b) {
       return *a.asData() == *b.asData();
     case Value::Kind::List:
     case Value::Kind::Dictionary:
-      return ValueWalk::isSameBlock(a, b) || Comparison().run(ValueWalk::container(a), ValueWalk::container(b));
+      return ValueWalk::isSameBlock(a, b) || ValueComparison().run(ValueWalk::container(a), ValueWalk::container(b));
     case Value::Kind::Object:
       return ValueWalk::isSameBlock(a, b) || a.asObject()->isEqual(*b.asObject());
   }
