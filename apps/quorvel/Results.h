@@ -8,6 +8,7 @@
 #include <apps/quorvel/Wire.h>
 
 #include <quorvel/Platform/Foundation/CharacterSet.h>
+#include <quorvel/Platform/Foundation/NSURL.h>
 
 namespace quorvel::command {
 
@@ -22,6 +23,8 @@ template <Arithmetic T>
 [[nodiscard]] std::optional<Value> resultToWire(const UIColor& color);
 /// [location, length]
 [[nodiscard]] std::optional<Value> resultToWire(NSRange range);
+/// Its text.
+[[nodiscard]] std::optional<Value> resultToWire(const NSURL& url);
 /// {"$characters": "..."}, or {"$excluded": "..."} for a set of most characters: the members, or what is no member.
 /// Unpaired surrogates are left out of account.
 [[nodiscard]] std::optional<Value> resultToWire(const NSCharacterSet& set);
