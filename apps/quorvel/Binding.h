@@ -48,6 +48,8 @@ inline constexpr std::string_view kTypeText<void> = "void";
 template <>
 inline constexpr std::string_view kTypeText<StringView> = "StringView";
 template <>
+inline constexpr std::string_view kTypeText<NSURL> = "NSURL";
+template <>
 inline constexpr std::string_view kTypeText<NSCharacterSet> = "NSCharacterSet";
 template <>
 inline constexpr std::string_view kTypeText<Difference> = "Difference";

@@ -65,6 +65,8 @@ std::optional<Value> resultToWire(const Difference& difference) {
 
 std::optional<Value> resultToWire(NSRange range) { return Value(List{range.location, range.length}); }
 
+std::optional<Value> resultToWire(const NSURL& url) { return Value(url.absoluteString()); }
+
 std::optional<Value> resultToWire(const NSCharacterSet& set) {
   // A million scalars are asked, so a set that comes again, as the standard ones do, is answered from memory.
   static thread_local std::optional<std::pair<NSCharacterSet, Value>> last;

@@ -10,6 +10,7 @@
 #include <quorvel/Platform/Foundation/CharacterSet.h>
 #include <quorvel/Platform/Foundation/FirstDifference.h>
 #include <quorvel/Platform/Foundation/NSIndexPath.h>
+#include <quorvel/Platform/Foundation/NSURL.h>
 
 namespace quorvel::command {
 
@@ -24,6 +25,8 @@ template <Arithmetic T>
 [[nodiscard]] std::optional<Value> resultToWire(const UIColor& color);
 /// [location, length]
 [[nodiscard]] std::optional<Value> resultToWire(NSRange range);
+/// Its text.
+[[nodiscard]] std::optional<Value> resultToWire(const NSURL& url);
 /// {"$characters": "..."}, or {"$excluded": "..."} for a set of most characters: the members, or what is no member.
 /// Unpaired surrogates are left out of account.
 [[nodiscard]] std::optional<Value> resultToWire(const NSCharacterSet& set);

@@ -6,6 +6,7 @@
 #include <quorvel/Platform/Foundation/Format.h>
 #include <quorvel/Platform/Foundation/NSRegularExpression.h>
 #include <quorvel/Platform/Foundation/NumberText.h>
+#include <quorvel/Platform/Foundation/PathOperations.h>
 #include <quorvel/Platform/Foundation/StringOperations.h>
 #include <quorvel/Platform/Foundation/Unicode.h>
 #include <quorvel/Utility/StringUtils.h>
@@ -74,6 +75,12 @@ String StringUtils::stringWithFormat(StringView format, const std::optional<List
   const std::size_t count = args ? std::min(args->size(), kFormatArguments) : 0;
   std::copy_n(args ? args->begin() : nullptr, count, objects);
   return formatObjects(format, objects);
+}
+
+std::optional<String> StringUtils::replaceToHEICImageExtension(const std::optional<String>& path,
+                                                               StringView extension) {
+  if (!path || lowercased(paths::pathExtension(*path)) != String(u"heic")) return path;
+  return paths::stringByAppendingPathExtension(paths::stringByDeletingPathExtension(*path), extension);
 }
 
 }  // namespace quorvel

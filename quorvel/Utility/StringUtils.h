@@ -1,5 +1,6 @@
 // StringUtils: tests and small transformations of texts that may be nil.
-// Not here: the same on values and strings as receivers (NSString+Additions.h, String+Extension.h), file names.
+// Not here: the same on values and strings as receivers (NSString+Additions.h, String+Extension.h), file names
+// (NSString+Additions+FileNames.h).
 #pragma once
 
 #include <quorvel/Platform/Foundation/Value.h>
@@ -51,6 +52,13 @@ class StringUtils : public StringUtilsHighlight {
   /// `stringWithFormat:args:`: the format with the first 21 elements as objects; "%@" past them prints '(null)'. A nil
   /// list is an empty one, a nil format gives an empty text.
   [[nodiscard]] static String stringWithFormat(StringView format, const std::optional<List>& args);
+
+  /// `replaceToHEICImageExtension:extension:`: a path whose extension is "heic" in whatever case with the given
+  /// extension in its place; any other path unchanged. nil for nil, and for an extension that is nil or holds a slash.
+  ///
+  ///     StringUtils::replaceToHEICImageExtension(u"IMG_1.HEIC", u"jpg")   // "IMG_1.jpg"
+  [[nodiscard]] static std::optional<String> replaceToHEICImageExtension(const std::optional<String>& path,
+                                                                         StringView extension);
 };
 
 }  // namespace quorvel

@@ -6,6 +6,8 @@
 namespace quorvel::command {
 
 std::span<const Operation> textOperations();
+std::span<const Operation> fileNameOperations();
+std::span<const Operation> cleaningOperations();
 std::span<const Operation> highlightingOperations();
 std::span<const Operation> recordOperations();
 std::span<const Operation> listOperations();
@@ -18,9 +20,9 @@ std::span<const Operation> textSearchOperations();
 std::span<const Operation> colorOperations();
 
 inline constexpr std::span<const Operation> (*kTopics[])() = {
-    textOperations,  highlightingOperations, recordOperations, listOperations,     percentEncodingOperations,
-    queryOperations, jsonOperations,         sizeOperations,   durationOperations, textSearchOperations,
-    colorOperations,
+    textOperations,     fileNameOperations,        cleaningOperations, highlightingOperations, recordOperations,
+    listOperations,     percentEncodingOperations, queryOperations,    jsonOperations,         sizeOperations,
+    durationOperations, textSearchOperations,      colorOperations,
 };
 
 }  // namespace quorvel::command
