@@ -11,14 +11,16 @@ std::span<const Operation> recordOperations();
 std::span<const Operation> percentEncodingOperations();
 std::span<const Operation> queryOperations();
 std::span<const Operation> jsonOperations();
+std::span<const Operation> digestOperations();
 std::span<const Operation> sizeOperations();
 std::span<const Operation> durationOperations();
 std::span<const Operation> textSearchOperations();
 std::span<const Operation> colorOperations();
 
 inline constexpr std::span<const Operation> (*kTopics[])() = {
-    textOperations, highlightingOperations, recordOperations,   percentEncodingOperations, queryOperations,
-    jsonOperations, sizeOperations,         durationOperations, textSearchOperations,      colorOperations,
+    textOperations,     highlightingOperations, recordOperations, percentEncodingOperations,
+    queryOperations,    jsonOperations,         digestOperations, sizeOperations,
+    durationOperations, textSearchOperations,   colorOperations,
 };
 
 }  // namespace quorvel::command

@@ -5,6 +5,7 @@
 #endif
 
 #include <quorvel/Platform/Foundation/Base64.h>
+#include <quorvel/Platform/Foundation/Unicode.h>
 
 namespace quorvel {
 namespace {
@@ -142,6 +143,13 @@ String base64EncodedString(std::span<const std::uint8_t> bytes, Base64Alphabet a
 
 void encodeBase64(std::span<const std::uint8_t> bytes, char* out, Base64Alphabet alphabet) {
   encode(bytes, out, alphabet);
+}
+
+std::optional<String> base64EncodedUTF8(StringView text) {
+  if (text.isNil()) return nil;
+  const std::optional<std::string> bytes = unicode::toUTF8(text);
+  if (!bytes) return nil;
+  return base64EncodedString({reinterpret_cast<const std::uint8_t*>(bytes->data()), bytes->size()});
 }
 
 std::optional<std::vector<std::uint8_t>> decodeBase64(StringView text, Base64Alphabet alphabet) {

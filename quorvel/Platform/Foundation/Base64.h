@@ -22,6 +22,9 @@ enum class Base64Alphabet : std::uint8_t { Standard, URLSafe };
 /// The same as ASCII at `out`, which has room for `base64Length(bytes.size())` characters.
 void encodeBase64(std::span<const std::uint8_t> bytes, char* out, Base64Alphabet alphabet = Base64Alphabet::Standard);
 
+/// The Base64 of a text's UTF-8 bytes; nil when the text is nil or holds an unpaired surrogate.
+[[nodiscard]] std::optional<String> base64EncodedUTF8(StringView text);
+
 /// nil unless the text is whole groups of four digits of the one alphabet, the last padded with "=" where it is short,
 /// its unused bits zero: each sequence of bytes has exactly one text. No white space.
 [[nodiscard]] std::optional<std::vector<std::uint8_t>> decodeBase64(StringView text,
