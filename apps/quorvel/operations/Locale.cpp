@@ -17,8 +17,9 @@ constexpr Operation kRows[] = {
       LocaleUtils::forcelyRefreshedLanguage();
       return Value(null);
     }>(kFamily, "forcelyRefreshedLanguage", "", "asks for the user's language anew; no result"),
-    op<static_cast<OfIdentifier>(&LocaleUtils::languageCode)>(
-        kFamily, "languageCode:", "localeIdentifier", "the language and the script that is written", R"(["zh-Hant-TW"])"),
+    op<static_cast<OfIdentifier>(&LocaleUtils::languageCode)>(kFamily, "languageCode:", "localeIdentifier",
+                                                              "the language and the script that is written",
+                                                              R"(["zh-Hant-TW"])"),
     op<&LocaleUtils::isValidateSupportInApp>(kFamily, "isValidateSupportInApp:", "languageCode",
                                              "the code itself, or en when it is not supported", R"(["fr"])"),
     op<&LocaleUtils::localeCode>(kFamily, "localeCode", "", "the language in use with its region"),

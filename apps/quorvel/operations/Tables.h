@@ -13,14 +13,16 @@ std::span<const Operation> queryOperations();
 std::span<const Operation> jsonOperations();
 std::span<const Operation> digestOperations();
 std::span<const Operation> sizeOperations();
+std::span<const Operation> versionOperations();
+std::span<const Operation> localeOperations();
 std::span<const Operation> durationOperations();
 std::span<const Operation> textSearchOperations();
 std::span<const Operation> colorOperations();
 
 inline constexpr std::span<const Operation> (*kTopics[])() = {
-    textOperations,     highlightingOperations, recordOperations, percentEncodingOperations,
-    queryOperations,    jsonOperations,         digestOperations, sizeOperations,
-    durationOperations, textSearchOperations,   colorOperations,
+    textOperations,  highlightingOperations, recordOperations, percentEncodingOperations, queryOperations,
+    jsonOperations,  digestOperations,       sizeOperations,   durationOperations,        textSearchOperations,
+    colorOperations, versionOperations,      localeOperations,
 };
 
 }  // namespace quorvel::command

@@ -22,14 +22,14 @@ constexpr Operation kRows[] = {
     op<&convertVersionNumeric>("NSString(Additions)", "convertVersionNumeric", "text",
                                "a dotted version as one number, two digits a part", R"(["2.10.3"])"),
 
-    op<&VersionHelper::compare>(kHelper, "compare:with:", "first, with", "-1, 0 or 1 as the first is lower, same, higher",
-                                R"(["1.9", "1.10"])"),
+    op<&VersionHelper::compare>(kHelper, "compare:with:", "first, with",
+                                "-1, 0 or 1 as the first is lower, same, higher", R"(["1.9", "1.10"])"),
     op<[](StringView version, StringView than) { return isLowerWithSlot(version, than); }>(
         kHelper, "isLower:than:versionPointer:", "version, than",
         "whether the first is lower, and the second where it is", R"(["1.0", "1.2"])"),
-    op<&VersionHelper::deleteVersionsIfNeeded>(kHelper, "deleteVersionsIfNeeded:currentVersion:",
-                                               "versions, currentVersion", "the versions before the first newer one",
-                                               R"([["1.0", "1.2", "2.0", "1.1"], "1.5"])"),
+    op<&VersionHelper::deleteVersionsIfNeeded>(
+        kHelper, "deleteVersionsIfNeeded:currentVersion:", "versions, currentVersion",
+        "the versions before the first newer one", R"([["1.0", "1.2", "2.0", "1.1"], "1.5"])"),
 
     op<&NSBundleExtension::bundleVersion>(kBundle, "bundleVersion", "", "CFBundleVersion of the main bundle"),
     op<&NSBundleExtension::bundleShortVersion>(kBundle, "bundleShortVersion", "",
