@@ -88,14 +88,16 @@ void addVersions() {
 #endif
 }
 
-const bool kAdded = [] {
-  for (const std::size_t size : {std::size_t{16}, std::size_t{1024}, std::size_t{1} << 20}) {
-    addDigests(size);
-    addBase64(size);
-  }
-  addVersions();
-  return true;
-}();
-
 }  // namespace
 }  // namespace quorvel::bench
+
+int main(int argc, char** argv) {
+  for (const std::size_t size : {std::size_t{16}, std::size_t{1024}, std::size_t{1} << 20}) {
+    quorvel::bench::addDigests(size);
+    quorvel::bench::addBase64(size);
+  }
+  quorvel::bench::addVersions();
+  benchmark::Initialize(&argc, argv);
+  benchmark::RunSpecifiedBenchmarks();
+  return 0;
+}
