@@ -3,10 +3,11 @@
 #include <limits>
 #include <span>
 
-#include <apps/quorvel/Base64.h>
 #include <apps/quorvel/Font.h>
 #include <apps/quorvel/Wire.h>
 #include <apps/quorvel/WireForms.h>
+
+#include <quorvel/Platform/Foundation/Base64.h>
 
 // Recursion follows the nesting of parsed JSON, which the parser bounds.
 namespace quorvel::command {

@@ -1,10 +1,10 @@
 #include <cmath>
 
-#include <apps/quorvel/Base64.h>
 #include <apps/quorvel/Font.h>
 #include <apps/quorvel/Wire.h>
 #include <apps/quorvel/WireForms.h>
 
+#include <quorvel/Platform/Foundation/Base64.h>
 #include <quorvel/Platform/Foundation/Limits.h>
 #include <quorvel/Platform/Foundation/Unicode.h>
 
@@ -34,7 +34,7 @@ class Writer {
     if (const String* text = value.asString()) return stringToWire(*text);
     if (const auto number = value.asNumber()) return numberToWire(*number);
     if (const auto date = value.asDate()) return form(u"$date", numberToWire(date->secondsSince1970 * 1000));
-    if (const Data* data = value.asData()) return form(u"$data", String::fromASCII(encodeBase64(data->bytes())));
+    if (const Data* data = value.asData()) return form(u"$data", base64EncodedString(data->bytes()));
     if (value.isNull()) return form(u"$null", true);
     if (value.isNil()) return null;
     return writeNested(value);

@@ -14,15 +14,19 @@ std::span<const Operation> listOperations();
 std::span<const Operation> percentEncodingOperations();
 std::span<const Operation> queryOperations();
 std::span<const Operation> jsonOperations();
+std::span<const Operation> digestOperations();
 std::span<const Operation> sizeOperations();
+std::span<const Operation> versionOperations();
+std::span<const Operation> localeOperations();
 std::span<const Operation> durationOperations();
 std::span<const Operation> textSearchOperations();
 std::span<const Operation> colorOperations();
 
 inline constexpr std::span<const Operation> (*kTopics[])() = {
-    textOperations,     fileNameOperations,        cleaningOperations, highlightingOperations, recordOperations,
-    listOperations,     percentEncodingOperations, queryOperations,    jsonOperations,         sizeOperations,
-    durationOperations, textSearchOperations,      colorOperations,
+    textOperations,  fileNameOperations,        cleaningOperations,   highlightingOperations, recordOperations,
+    listOperations,  percentEncodingOperations, queryOperations,      jsonOperations,         digestOperations,
+    sizeOperations,  durationOperations,        textSearchOperations, versionOperations,      localeOperations,
+    colorOperations,
 };
 
 }  // namespace quorvel::command

@@ -1,5 +1,6 @@
 #include <quorvel/Extensions/Foundation/NSString+URLEncoding.h>
 #include <quorvel/Extensions/Foundation/QueryPairs.h>
+#include <quorvel/Platform/Foundation/Base64.h>
 #include <quorvel/Platform/Foundation/PercentEncoding.h>
 #include <quorvel/Platform/Foundation/StringOperations.h>
 
@@ -31,6 +32,12 @@ std::optional<String> stringByURLEncoding(const String& text) { return addingPer
 std::optional<String> urlEncodeString(const String& text) { return addingPercentEncoding(text, kStrictAllowed); }
 
 std::optional<String> urlDecodeString(const String& text) { return removingPercentEncoding(text); }
+
+std::optional<String> stringByEncodingBase64(StringView text) {
+  const std::optional<String> base64 = base64EncodedUTF8(text);
+  if (!base64) return nil;
+  return stringByEncodingCharacterSet(*base64);
+}
 
 String removeControlCharacterSet(const String& text) {
   static const NSCharacterSet set = NSCharacterSet::control().removing(u"\n");

@@ -1,6 +1,6 @@
 // NSString(URLEncoding): percent coding of text through its UTF-8 bytes (RFC 3986, section 2.1), character cleaners,
 // and the lenient query parser. Not here: the query builder and the other parser (NSDictionary+URL.h,
-// NSString+Query.h), Base64.
+// NSString+Query.h), Base64 of bytes (NSString+Additions+Base64.h).
 #pragma once
 
 #include <quorvel/Platform/Foundation/CharacterSet.h>
@@ -34,6 +34,12 @@ namespace quorvel {
 /// `urlDecodeString`: undoes percent escapes; a "+" stays. nil when a "%" lacks two hexadecimal digits or the bytes are
 /// not UTF-8.
 [[nodiscard]] std::optional<String> urlDecodeString(const String& text);
+
+/// `stringByEncodingBase64`: the receiver's UTF-8 bytes in Base64, then `stringByEncodingCharacterSet`, which writes
+/// "+", "/" and "=" as %2B, %2F and %3D. nil for nil and for an unpaired surrogate.
+///
+///     stringByEncodingBase64(u"?>")   // "Pz4%3D"
+[[nodiscard]] std::optional<String> stringByEncodingBase64(StringView text);
 
 /// `removeControlCharacterSet`: each character of the categories Cc and Cf but the line feed replaced by one space; CR
 /// LF becomes space LF.

@@ -37,6 +37,9 @@ inline constexpr int kFormatWidth = 4096;
 inline constexpr int kSizeDecimals = 1100;
 /// Bytes of a string table or a property list of a bundle; a larger file is passed over.
 inline constexpr std::size_t kResourceFileBytes = 16 * 1024 * 1024;
+/// Nesting of a property list, and objects of one in the binary form; beyond them it is nil.
+inline constexpr std::size_t kPropertyListDepth = 512;
+inline constexpr std::size_t kPropertyListObjects = 1'000'000;
 /// UTF-16 units of the longest string.
 inline constexpr std::size_t kStringLength = UINT32_MAX;
 

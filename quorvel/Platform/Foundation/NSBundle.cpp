@@ -12,6 +12,7 @@
 #include <quorvel/Platform/Foundation/Limits.h>
 #include <quorvel/Platform/Foundation/Log.h>
 #include <quorvel/Platform/Foundation/NSBundle.h>
+#include <quorvel/Platform/Foundation/PropertyList.h>
 #include <quorvel/Platform/Foundation/Unicode.h>
 
 namespace quorvel {
@@ -55,11 +56,18 @@ class File {
   int descriptor_;
 };
 
+/// A property list whose top is a dictionary, or a string table as text.
 Dictionary readTable(const std::string& path) {
   const File file(path);
   if (!file.isSmallRegularFile()) return {};
   const std::optional<std::string> bytes = file.readAll();
   if (!bytes) return {};
+  if (isPropertyList(*bytes)) {
+    const std::optional<Value> value = parsePropertyList(*bytes);
+    if (value && value->isDictionary()) return *value->asDictionary();
+    log(LogLevel::Warning, "NSBundle: " + path + ": no property list with a dictionary");
+    return {};
+  }
   std::size_t line = 0;
   std::optional<Dictionary> table = parseStringsTable(*bytes, &line);
   if (!table) log(LogLevel::Warning, "NSBundle: " + path + ":" + std::to_string(line) + ": no string table");
@@ -121,6 +129,12 @@ struct NSBundle::Contents {
     return tables.emplace(name, readTable(path + "/" + name)).first->second;
   }
 
+  /// The same of a file in the folder of the first preferred localisation.
+  Dictionary localizedTable(const std::string& file) {
+    if (preferred.empty()) return {};
+    return table(preferred.front().toUTF8Replacing() + std::string(kFolderSuffix) + "/" + file);
+  }
+
   const std::string path;
   const std::vector<String> localizations;
   const std::vector<String> preferred;
@@ -164,16 +178,19 @@ String NSBundle::localizedString(StringView key, StringView value, StringView ta
   const std::optional<std::string> name = String(table.isEmpty() ? StringView(u"Localizable") : table).toUTF8();
   if (name && name->find_first_of(std::string_view("/\0", 2)) == std::string::npos) {
     const std::string file = *name + ".strings";
-    const auto found = [&](const std::string& place) { return contents_->table(place)[key]; };
-    if (!contents_->preferred.empty()) {
-      const Value text =
-          found(contents_->preferred.front().toUTF8Replacing() + std::string(kFolderSuffix) + "/" + file);
-      if (text.isString()) return *text.asString();
+    for (const Dictionary& entries : {contents_->localizedTable(file), contents_->table(file)}) {
+      if (const String* text = entries[key].asString()) return *text;
     }
-    const Value text = found(file);
-    if (text.isString()) return *text.asString();
   }
   return value.isEmpty() ? key : value;
+}
+
+Dictionary NSBundle::infoDictionary() const { return contents_->table("Info.plist"); }
+
+Dictionary NSBundle::localizedInfoDictionary() const {
+  Dictionary result = infoDictionary();
+  for (const auto& [key, value] : contents_->localizedTable("InfoPlist.strings")) result.set(key, value);
+  return result;
 }
 
 std::vector<String> NSBundle::localizations() const { return contents_->localizations; }

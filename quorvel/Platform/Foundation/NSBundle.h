@@ -1,4 +1,4 @@
-// NSBundle: the string tables of the application's resources.
+// NSBundle: the string tables and the information of the application's resources.
 #pragma once
 
 #include <memory>
@@ -24,8 +24,14 @@ class NSBundle {
   /// `localizedStringForKey:value:table:`: the text of `key` in the table (nil: "Localizable"); without an entry
   /// `value`, or the key itself when `value` is nil or empty. The table in the folder of the first preferred
   /// localisation is asked first, then the one at the top. A table that cannot be read or parsed, that is no regular
-  /// file or larger than `limits::kResourceFileBytes`, and a name with a slash count as empty.
+  /// file or larger than `limits::kResourceFileBytes`, and a name with a slash count as empty. A table may be a
+  /// property list too.
   [[nodiscard]] String localizedString(StringView key, StringView value, StringView table) const;
+
+  /// `infoDictionary`: Info.plist, in XML or binary form; empty when there is none that can be read.
+  [[nodiscard]] Dictionary infoDictionary() const;
+  /// `localizedInfoDictionary`: the same overlaid with InfoPlist.strings of the first preferred localisation.
+  [[nodiscard]] Dictionary localizedInfoDictionary() const;
 
   /// The names of the LANGUAGE.lproj folders, sorted.
   [[nodiscard]] std::vector<String> localizations() const;

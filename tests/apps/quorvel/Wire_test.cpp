@@ -1,6 +1,5 @@
 #include <limits>
 
-#include <apps/quorvel/Base64.h>
 #include <apps/quorvel/Font.h>
 #include <apps/quorvel/Wire.h>
 #include <gtest/gtest.h>
@@ -149,16 +148,6 @@ TEST(Wire, DepthIsBounded) {
   for (std::size_t i = 0; i < limits::kJSONDepth; ++i) value = List{value};
   EXPECT_TRUE(toWire(value));
   EXPECT_FALSE(toWire(List{value}));
-}
-
-TEST(Base64, RoundTripsEveryLengthOfAGroup) {
-  std::vector<std::uint8_t> data;
-  for (unsigned i = 0; i < 300; ++i) {
-    const std::string text = encodeBase64(data);
-    EXPECT_EQ(text.size() % 4, 0U);
-    EXPECT_EQ(decodeBase64(String::fromASCII(text)), data) << text;
-    data.push_back(static_cast<std::uint8_t>(i * 37));
-  }
 }
 
 }  // namespace

@@ -1,0 +1,97 @@
+#include <gtest/gtest.h>
+
+#include <quorvel/Extensions/Foundation/NSString+Additions+Base64.h>
+#include <quorvel/Extensions/Foundation/NSString+Hash.h>
+#include <quorvel/Extensions/Foundation/NSString+URLEncoding.h>
+#include <quorvel/Extensions/Foundation/String+Base64.h>
+
+namespace quorvel {
+namespace {
+
+using Text = std::optional<String>;
+
+struct DigestRow {
+  String text;
+  const char16_t* digest;
+  const char* why;
+};
+
+TEST(NSStringHash, MD5IsOfTheUTF8BytesUpToAZero) {
+  const DigestRow rows[] = {
+      {u"abc", u"900150983cd24fb0d6963f7d28e17f72", "the standard's example"},
+      {u"한글", u"52b8c54ab4ea672ee6cdfdfef0a31db4", "three bytes a syllable"},
+      {u"\U0001F600", u"2a02eac39d716a70ecf37579185927b6", "one sequence for a pair"},
+      {std::u16string_view(u"abc\0def", 7), u"900150983cd24fb0d6963f7d28e17f72", "a zero ends the text"},
+      {std::u16string_view(u"\0abc", 4), u"d41d8cd98f00b204e9800998ecf8427e", "a zero at the start leaves nothing"},
+      {std::u16string(300, u'a'), u"4e5475d125a33c6190718e75adc1b704", "longer than the buffer on the stack"},
+      {u"\xD800", u"9b759040321a408a5c7768b4511287a6", "an unpaired surrogate is U+FFFD"},
+  };
+  for (const auto& [text, digest, why] : rows) {
+    EXPECT_EQ(hashMD5(text), std::u16string(digest)) << why;
+    EXPECT_EQ(stringFromMD5(text), Text(std::u16string(digest))) << why;
+  }
+  EXPECT_EQ(stringFromMD5(u""), nil);
+  EXPECT_EQ(stringFromMD5(nil), nil);
+  EXPECT_EQ(hashMD5(u""), u"d41d8cd98f00b204e9800998ecf8427e");
+}
+
+struct CodeRow {
+  String text;
+  String key;
+  const char16_t* code;
+  const char* why;
+};
+
+TEST(NSStringHash, HMACIsOfTheWholeText) {
+  const CodeRow rows[] = {
+      {u"The quick brown fox jumps over the lazy dog", u"key", u"97yD9DBThCSxMpjmqm+xQ+9NWaFJRhdZl0edvC0aPNg=",
+       "known"},
+      {u"메시지", u"열쇠", u"BVQdAUOm3XhOT1WYycUUiXlFmLYjAsPr4TpLM60Ojn8=", "both in UTF-8"},
+      {std::u16string_view(u"a\0b", 3), std::u16string_view(u"k\0y", 3),
+       u"ILOjk+nw5gaukZVPH4cevVzZw6jybnsivq7SarSJGJE=", "a zero ends neither"},
+      {u"", u"", u"thNnmggU2ex3L5XXeMNfxf8Wl8STcVZTxscSFEKSxa0=", "nothing under an empty key"},
+      {std::u16string(300, u'm'), std::u16string(100, u'k'), u"CRQUDeZ6doBJj/eYCYLUWy+YHXF105ef7S4QBf4Ytqg=",
+       "a key longer than a block, a text longer than the buffer"},
+  };
+  for (const auto& [text, key, code, why] : rows) {
+    EXPECT_EQ(qv_HMAC_SHA256HashWithKey(text, key), Text(std::u16string(code))) << why;
+  }
+  EXPECT_EQ(qv_HMAC_SHA256HashWithKey(u"a", nil), nil);
+  EXPECT_EQ(qv_HMAC_SHA256HashWithKey(nil, u"k"), nil);
+  EXPECT_EQ(qv_HMAC_SHA256HashWithKey(u"a", u"\xDC00"), nil) << "no bytes of the key";
+  EXPECT_EQ(qv_HMAC_SHA256HashWithKey(u"\xD800", u"k"), nil) << "no bytes of the text";
+}
+
+struct Base64Row {
+  StringView text;
+  Text escaped;
+  Text allEscaped;
+  const char* why;
+};
+
+TEST(NSStringHash, Base64OfTextIsEscaped) {
+  const Base64Row rows[] = {
+      {u"?>", u"Pz4%3D", u"%50%7A%34%3D", "padding is escaped"},
+      {u"abc", u"YWJj", u"%59%57%4A%6A", "letters stay in one form only"},
+      {u"ab", u"YWI%3D", u"%59%57%49%3D", "digits too"},
+      {u"", u"", u"", "nothing stays nothing"},
+      {u"~~~\u007F\u007F", u"fn5%2Bf38%3D", u"%66%6E%35%2B%66%33%38%3D", "plus"},
+      {u"???", u"Pz8%2F", u"%50%7A%38%2F", "slash"},
+      {u"\xDC00", nil, nil, "no UTF-8"},
+  };
+  for (const auto& [text, escaped, allEscaped, why] : rows) {
+    EXPECT_EQ(stringByEncodingBase64(text), escaped) << why;
+    EXPECT_EQ(base64Encoded(text), allEscaped) << why;
+  }
+  EXPECT_EQ(stringByEncodingBase64(nil), nil);
+}
+
+TEST(NSStringHash, URLSafeBase64KeepsItsPadding) {
+  const std::uint8_t bytes[] = {0xFB, 0xFF};
+  EXPECT_EQ(NSStringAdditions::qv_URLSafeBase64StringWithData(Data(bytes)), Text(u"-_8="));
+  EXPECT_EQ(NSStringAdditions::qv_URLSafeBase64StringWithData(Data()), Text(u""));
+  EXPECT_EQ(NSStringAdditions::qv_URLSafeBase64StringWithData(nil), nil);
+}
+
+}  // namespace
+}  // namespace quorvel

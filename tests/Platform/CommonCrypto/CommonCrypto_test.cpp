@@ -1,0 +1,102 @@
+#include <string_view>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include <quorvel/Platform/CommonCrypto/CommonCrypto.h>
+
+namespace quorvel {
+namespace {
+
+std::span<const std::uint8_t> bytesOf(std::string_view text) {
+  return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+}
+
+std::string hexadecimal(std::span<const std::uint8_t> bytes) {
+  std::string text;
+  for (const std::uint8_t byte : bytes) {
+    text += "0123456789abcdef"[byte >> 4];
+    text += "0123456789abcdef"[byte & 15];
+  }
+  return text;
+}
+
+struct DigestRow {
+  std::string text;
+  const char* digest;
+};
+
+TEST(CommonCrypto, MD5GivesTheStandardsDigests) {
+  const DigestRow rows[] = {
+      {"", "d41d8cd98f00b204e9800998ecf8427e"},
+      {"a", "0cc175b9c0f1b6a831c399e269772661"},
+      {"abc", "900150983cd24fb0d6963f7d28e17f72"},
+      {"abcdefghijklmnopqrstuvwxyz", "c3fcd3d76192e4007dfb496cca67e13b"},
+      {"12345678901234567890123456789012345678901234567890123456789012345678901234567890",
+       "57edf4a22be3c955ac49da2e2107b67a"},
+  };
+  for (const auto& [text, digest] : rows) EXPECT_EQ(hexadecimal(CC_MD5(bytesOf(text))), digest) << text;
+}
+
+struct CodeRow {
+  std::string key;
+  std::string text;
+  const char* code;
+  const char* why;
+};
+
+const std::vector<CodeRow>& codeRows() {
+  static const std::vector<CodeRow> rows = {
+      {"", "", "b613679a0814d9ec772f95d778c35fc5ff1697c493715653c6c712144292c5ad", "nothing under no key"},
+      {std::string(20, '\x0b'), "Hi There", "b0344c61d8db38535ca8afceaf0bf12b881dc200c9833da726e9376c2e32cff7",
+       "RFC 4231, case 1"},
+      {"Jefe", "what do ya want for nothing?", "5bdcc146bf60754e6a042426089575c75a003f089d2739839dec58b964ec3843",
+       "RFC 4231, case 2"},
+      {std::string(20, '\xaa'), std::string(50, '\xdd'),
+       "773ea91e36800e46854db8ebd09181a72959098b3ef8c122d9635514ced565fe", "RFC 4231, case 3"},
+      {std::string(131, '\xaa'), "Test Using Larger Than Block-Size Key - Hash Key First",
+       "60e431591ee0b67f0d8a26aacbf5b77f8e0bc6213728c5140546040f0ee37f54", "RFC 4231, case 6"},
+  };
+  return rows;
+}
+
+TEST(CommonCrypto, HmacGivesTheStandardsCodes) {
+  for (const auto& [key, text, code, why] : codeRows()) {
+    EXPECT_EQ(hexadecimal(CCHmacSHA256(bytesOf(key), bytesOf(text))), code) << why;
+  }
+}
+
+TEST(CommonCrypto, AKeptKeyAnswersForItselfAlone) {
+  const std::string key = "Jefe";
+  const auto first = CCHmacSHA256(bytesOf(key), bytesOf("one"));
+  const auto prefix = CCHmacSHA256(bytesOf("Jef"), bytesOf("one"));
+  EXPECT_NE(prefix, first);
+  EXPECT_NE(CCHmacSHA256(bytesOf("Jefg"), bytesOf("one")), first) << "of the same length";
+  for (const auto& [rowKey, text, code, why] : codeRows()) {
+    for (int again = 0; again < 3; ++again) {
+      EXPECT_EQ(hexadecimal(CCHmacSHA256(bytesOf(rowKey), bytesOf(text))), code) << why;
+      EXPECT_EQ(CCHmacSHA256(bytesOf(rowKey), bytesOf("one")), CCHmacSHA256(bytesOf(rowKey), bytesOf("one"))) << why;
+    }
+  }
+  EXPECT_EQ(CCHmacSHA256(bytesOf(key), bytesOf("one")), first);
+}
+
+TEST(CommonCrypto, ThreadsDoNotShareState) {
+  std::vector<std::thread> threads;
+  std::atomic<int> wrong = 0;
+  for (std::size_t i = 0; i < 4; ++i) {
+    threads.emplace_back([&wrong, i] {
+      const CodeRow& row = codeRows()[i];
+      for (int n = 0; n < 500; ++n) {
+        wrong += hexadecimal(CCHmacSHA256(bytesOf(row.key), bytesOf(row.text))) != row.code;
+        wrong += hexadecimal(CC_MD5(bytesOf("abc"))) != "900150983cd24fb0d6963f7d28e17f72";
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(wrong, 0);
+}
+
+}  // namespace
+}  // namespace quorvel
