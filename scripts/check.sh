@@ -28,6 +28,12 @@ build_release() {
   { cmake --preset release && cmake --build --preset release; } >build/check.log 2>&1 || { cat build/check.log; false; }
 }
 
+check_symbols() {
+  { cmake -S . -B build/shared -G Ninja -D CMAKE_BUILD_TYPE=Release -D CMAKE_CXX_COMPILER=g++ -D BUILD_SHARED_LIBS=ON \
+      -D QUORVEL_TESTS=OFF -D QUORVEL_APPS=ON && cmake --build build/shared; } >build/check.log 2>&1 || { cat build/check.log; return 1; }
+  scripts/check_symbols.sh build/shared/libquorvel.so
+}
+
 check "the checkers themselves" scripts/check_selftest.sh
 check format check_format
 check style check_style
@@ -36,6 +42,7 @@ check names scripts/check_names.py
 check "headers alone and twice" scripts/check_headers.py
 check build build_release
 check "install tree" scripts/check_install.sh
+check "symbols of the shared library" check_symbols
 check clang-tidy scripts/tidy.sh build/release
 
 if [ "${#failed[@]}" -gt 0 ]; then

@@ -30,8 +30,8 @@ TEST(NSStringHash, MD5IsOfTheUTF8BytesUpToAZero) {
     EXPECT_EQ(hashMD5(text), std::u16string(digest)) << why;
     EXPECT_EQ(stringFromMD5(text), Text(std::u16string(digest))) << why;
   }
-  EXPECT_EQ(stringFromMD5(u""), nil);
-  EXPECT_EQ(stringFromMD5(nil), nil);
+  EXPECT_EQ(stringFromMD5(u""), std::nullopt);
+  EXPECT_EQ(stringFromMD5(nil), std::nullopt);
   EXPECT_EQ(hashMD5(u""), u"d41d8cd98f00b204e9800998ecf8427e");
 }
 
@@ -56,10 +56,10 @@ TEST(NSStringHash, HMACIsOfTheWholeText) {
   for (const auto& [text, key, code, why] : rows) {
     EXPECT_EQ(qv_HMAC_SHA256HashWithKey(text, key), Text(std::u16string(code))) << why;
   }
-  EXPECT_EQ(qv_HMAC_SHA256HashWithKey(u"a", nil), nil);
-  EXPECT_EQ(qv_HMAC_SHA256HashWithKey(nil, u"k"), nil);
-  EXPECT_EQ(qv_HMAC_SHA256HashWithKey(u"a", u"\xDC00"), nil) << "no bytes of the key";
-  EXPECT_EQ(qv_HMAC_SHA256HashWithKey(u"\xD800", u"k"), nil) << "no bytes of the text";
+  EXPECT_EQ(qv_HMAC_SHA256HashWithKey(u"a", nil), std::nullopt);
+  EXPECT_EQ(qv_HMAC_SHA256HashWithKey(nil, u"k"), std::nullopt);
+  EXPECT_EQ(qv_HMAC_SHA256HashWithKey(u"a", u"\xDC00"), std::nullopt) << "no bytes of the key";
+  EXPECT_EQ(qv_HMAC_SHA256HashWithKey(u"\xD800", u"k"), std::nullopt) << "no bytes of the text";
 }
 
 struct Base64Row {
@@ -83,14 +83,14 @@ TEST(NSStringHash, Base64OfTextIsEscaped) {
     EXPECT_EQ(stringByEncodingBase64(text), escaped) << why;
     EXPECT_EQ(base64Encoded(text), allEscaped) << why;
   }
-  EXPECT_EQ(stringByEncodingBase64(nil), nil);
+  EXPECT_EQ(stringByEncodingBase64(nil), std::nullopt);
 }
 
 TEST(NSStringHash, URLSafeBase64KeepsItsPadding) {
   const std::uint8_t bytes[] = {0xFB, 0xFF};
   EXPECT_EQ(NSStringAdditions::qv_URLSafeBase64StringWithData(Data(bytes)), Text(u"-_8="));
   EXPECT_EQ(NSStringAdditions::qv_URLSafeBase64StringWithData(Data()), Text(u""));
-  EXPECT_EQ(NSStringAdditions::qv_URLSafeBase64StringWithData(nil), nil);
+  EXPECT_EQ(NSStringAdditions::qv_URLSafeBase64StringWithData(nil), std::nullopt);
 }
 
 }  // namespace

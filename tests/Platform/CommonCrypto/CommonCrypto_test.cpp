@@ -1,8 +1,11 @@
+#include <atomic>
+#include <cstdlib>
 #include <string_view>
 #include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <tests/support/Command.h>
 
 #include <quorvel/Platform/CommonCrypto/CommonCrypto.h>
 
@@ -96,6 +99,16 @@ TEST(CommonCrypto, ThreadsDoNotShareState) {
   }
   for (std::thread& thread : threads) thread.join();
   EXPECT_EQ(wrong, 0);
+}
+
+TEST(CommonCrypto, MD5AnswersWhereOnlyApprovedAlgorithmsAreAllowed) {
+  const std::string configuration = test::temporaryFile("approved.cnf",
+                                                        "openssl_conf = start\n[start]\nalg_section = algorithms\n"
+                                                        "[algorithms]\ndefault_properties = fips=yes\n");
+  setenv("OPENSSL_CONF", configuration.c_str(), 1);
+  const test::Outcome outcome = test::runCommand({"call", "NSString(Hash)", "hashMD5", "\"abc\""});
+  unsetenv("OPENSSL_CONF");
+  EXPECT_EQ(outcome.out, "\"900150983cd24fb0d6963f7d28e17f72\"\n") << outcome.err;
 }
 
 }  // namespace
