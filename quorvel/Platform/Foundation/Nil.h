@@ -17,4 +17,10 @@ struct Nil {
 /// Converts to an absent `StringView`, `Value` or `std::optional`.
 inline constexpr Nil nil{0};
 
+/// An optional equals nil when it holds nothing, whatever its type makes of nil itself.
+template <class T>
+[[nodiscard]] constexpr bool operator==(const std::optional<T>& value, Nil) {
+  return !value.has_value();
+}
+
 }  // namespace quorvel
