@@ -94,7 +94,7 @@ std::array<std::uint8_t, kMD5DigestBytes> CC_MD5(std::span<const std::uint8_t> b
 
 std::array<std::uint8_t, kSHA256DigestBytes> CCHmacSHA256(std::span<const std::uint8_t> key,
                                                           std::span<const std::uint8_t> bytes) {
-  thread_local KeyedContext context;
+  static thread_local KeyedContext context;
   std::array<std::uint8_t, kSHA256DigestBytes> code{};
   std::size_t size = 0;
   EVP_MAC_CTX* const state = context.start(key);
