@@ -27,7 +27,7 @@ class Bytes {
 
  private:
   static constexpr std::size_t kShortUnits = 256;
-  char short_[kShortUnits * 3];
+  char short_[kShortUnits * 3 + unicode::kUTF8Slack];
   std::string long_;
   std::size_t size_ = 0;
 };

@@ -8,6 +8,7 @@
 #include <quorvel/Platform/Foundation/Comparison.h>
 #include <quorvel/Platform/Foundation/LinearSearch.h>
 #include <quorvel/Platform/Foundation/Log.h>
+#include <quorvel/Platform/Foundation/WideKernels.h>
 
 namespace quorvel {
 namespace {
@@ -148,8 +149,42 @@ NSRange findCanonical(StringView text, StringView needle, bool ignoresCase) {
   return {start, *haystack.originalOf(hit + size) - start};
 }
 
-/// `Plain` is the class of units for which `Fold` is all there is to equivalence.
-template <class Plain, class Fold>
+template <class Plain>
+bool isPlain(StringView text) {
+  return plain::leading<Plain>(text) == text.size();
+}
+
+/// True when the text has no conjoining jamo.
+bool isWithoutJamo(StringView text) {
+  constexpr char16_t kFirst = 0x1100;
+  constexpr char16_t kSpan = 0xFF;
+  const std::size_t start = wide::isAvailable() ? wide::leadingOutside(text.data(), text.size(), kFirst, kSpan) : 0;
+  const StringView rest = text.sub(start);
+  return unitscan::leading(
+             rest,
+             [](vector::Units units) { return atMost(vector::inRange(units, kFirst, kSpan), vector::Units::splat(0)); },
+             [](char16_t unit) { return static_cast<char16_t>(unit - kFirst) > kSpan; }) == rest.size();
+}
+
+/// True when no other text within `text` can be canonically equivalent to the needle. To ASCII nothing is, but for
+/// three of its characters (Kelvin sign, Greek question mark and varia are equivalent to them), and to syllables only
+/// what holds jamo.
+bool hasOneForm(StringView needle, StringView text) {
+  bool syllables = false;
+  for (const char16_t unit : needle.units()) {
+    const bool isSyllable = unit >= 0xAC00 && unit <= 0xD7A3;
+    if (!isSyllable && (unit > 0x7F || unit == u'K' || unit == u';' || unit == u'`')) {
+      return isPlain<plain::Composed>(needle) && isPlain<plain::Composed>(text);
+    }
+    syllables = syllables || isSyllable;
+  }
+  return !syllables || isWithoutJamo(text);
+}
+bool hasOneCaselessForm(StringView needle, StringView text) {
+  return isPlain<plain::Caseless>(needle) && isPlain<plain::Caseless>(text);
+}
+
+template <class Fold>
 NSRange findEquivalent(StringView text, StringView needle, bool ignoresCase) {
   if (text.isNil() || needle.isEmpty()) return NSRange::notFound();
   const FoldedNeedle<Fold> folded(needle);
@@ -157,10 +192,9 @@ NSRange findEquivalent(StringView text, StringView needle, bool ignoresCase) {
     return isSequenceBoundary(text, place) && isSequenceBoundary(text, place + needle.size());
   });
   const NSRange range = hit == linear::kNowhere ? NSRange::notFound() : NSRange{hit, needle.size()};
-  // Another form of the needle may stand before this hit, unless all units up to its end are plain.
+  // Another form of the needle may stand before this hit.
   const StringView before = hit == linear::kNowhere ? text : text.sub(0, hit + needle.size());
-  const auto isPlain = [](StringView part) { return plain::leading<Plain>(part) == part.size(); };
-  if (hit == 0 || (isPlain(needle) && isPlain(before))) return range;
+  if (hit == 0 || (ignoresCase ? hasOneCaselessForm(needle, before) : hasOneForm(needle, before))) return range;
   return findCanonical(before, needle, ignoresCase);
 }
 
@@ -172,12 +206,10 @@ std::weak_ordering compareCanonical(StringView a, StringView b) { return compare
 
 std::weak_ordering caseInsensitiveCompare(StringView a, StringView b) { return compare<SimpleFold>(a, b, true); }
 
-NSRange rangeOfString(StringView text, StringView needle) {
-  return findEquivalent<plain::Composed, NoFold>(text, needle, false);
-}
+NSRange rangeOfString(StringView text, StringView needle) { return findEquivalent<NoFold>(text, needle, false); }
 
 NSRange rangeOfStringCaseInsensitive(StringView text, StringView needle) {
-  return findEquivalent<plain::Caseless, SimpleFold>(text, needle, true);
+  return findEquivalent<SimpleFold>(text, needle, true);
 }
 
 }  // namespace quorvel

@@ -7,6 +7,7 @@
 
 #include <quorvel/Platform/Foundation/String.h>
 #include <quorvel/Platform/Foundation/Vector.h>
+#include <quorvel/Platform/Foundation/WideKernels.h>
 
 namespace quorvel::linear {
 
@@ -85,7 +86,14 @@ template <class Fold, class Accept>
     return common == folded.size() && accept(place);
   };
   std::size_t i = from;
-  for (; i + tail + vector::kLanes <= text.size(); i += vector::kLanes) {
+  const auto hasBlock = [&] { return i + tail + vector::kLanes <= text.size(); };
+  const bool isWide = text.size() >= wide::kWorthwhile && wide::isAvailable();
+  const wide::Pair pair{{folded[0], Fold::other(folded[0])}, {folded[tail], Fold::other(folded[tail])}, 0, tail};
+  for (; hasBlock(); i += vector::kLanes) {
+    if (isWide) {
+      i = wide::findPair(text.data(), text.size(), i, pair);
+      if (!hasBlock()) break;
+    }
     const Units hits = first.in(Units::load(text.data() + i)) & last.in(Units::load(text.data() + i + tail));
     if (hits.noneSet()) continue;
     for (vector::Lanes lanes = hits.lanesSet(); lanes.any(); lanes.bits &= lanes.bits - 1) {

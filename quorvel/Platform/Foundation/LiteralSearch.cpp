@@ -6,6 +6,7 @@
 #include <quorvel/Platform/Foundation/CaseFolding.h>
 #include <quorvel/Platform/Foundation/LiteralSearch.h>
 #include <quorvel/Platform/Foundation/UnitScan.h>
+#include <quorvel/Platform/Foundation/WideKernels.h>
 
 namespace quorvel {
 namespace {
@@ -168,6 +169,16 @@ bool LiteralSearch::mayStart(StringView text, std::size_t start) const {
          starters_.holds(text[start]);
 }
 
+/// The first test of each place, as the two units that it holds for.
+wide::Pair LiteralSearch::widePair() const {
+  const Test first = first_.tests[0];
+  const Test second = second_.tests[0];
+  return {{first.unit, static_cast<char16_t>(first.unit ^ first.bit)},
+          {second.unit, static_cast<char16_t>(second.unit ^ second.bit)},
+          first_.offset,
+          second_.offset};
+}
+
 /// Calls `confirm` with every place where a match may start, in order, until it answers true. So many tests are made
 /// at each of the two places and for starters; what a place does not use holds for no unit.
 template <std::size_t PlaceTests, std::size_t StarterTests, class Confirm>
@@ -183,8 +194,15 @@ void LiteralSearch::scanBlocks(StringView text, std::size_t from, Confirm confir
     return units | starters.hits(at);
   };
   const std::size_t reach = std::max(firstOffset, secondOffset) + 2 * kLanes;
+  // What is a single test at each place, the wide kernel looks for.
+  const bool isWide = PlaceTests == 1 && StarterTests == 0 && text.size() >= wide::kWorthwhile && wide::isAvailable();
+  const wide::Pair pair = widePair();
   std::size_t i = from;
   for (; i + reach <= text.size(); i += 2 * kLanes) {
+    if (isWide) {
+      i = wide::findPair(text.data(), text.size(), i, pair);
+      if (i + reach > text.size()) break;
+    }
     const Units low = hits(text.data() + i);
     const Units high = hits(text.data() + i + kLanes);
     if ((low | high).noneSet()) continue;

@@ -8,6 +8,7 @@
 
 #include <quorvel/Platform/Foundation/Range.h>
 #include <quorvel/Platform/Foundation/String.h>
+#include <quorvel/Platform/Foundation/WideKernels.h>
 
 namespace quorvel {
 
@@ -50,6 +51,7 @@ class LiteralSearch {
   [[nodiscard]] std::size_t collectScalar(Places& places, std::size_t offset);
   void choosePlaces(const Places& places, std::size_t count);
 
+  [[nodiscard]] wide::Pair widePair() const;
   template <class Confirm>
   void scan(StringView text, std::size_t from, Confirm confirm) const;
   template <std::size_t PlaceTests, std::size_t StarterTests, class Confirm>

@@ -11,9 +11,9 @@
 namespace quorvel {
 namespace {
 
-// Four units are stored at once, of which up to three count: the next store overwrites the rest.
+// Whole vectors and words are stored, of which a part counts: the next store overwrites the rest.
 static_assert(std::endian::native == std::endian::little);
-constexpr std::size_t kSlack = 3;
+constexpr std::size_t kSlack = wide::kUnitSlack;
 /// Results that cannot become longer than this are written on the stack first.
 constexpr std::size_t kShort = 128;
 
@@ -55,7 +55,7 @@ class Encoder {
 
   /// The place of the first scalar that does not stay, or the text's size; an unpaired surrogate counts as one.
   [[nodiscard]] std::size_t firstChange() const {
-    for (std::size_t i = 0; i < text_.size();) {
+    for (std::size_t i = rules_.leadingPlain(text_); i < text_.size();) {
       const std::size_t start = i;
       const char16_t unit = text_[i];
       const char32_t scalar = unicode::nextScalar(text_, i);
@@ -65,19 +65,23 @@ class Encoder {
     return text_.size();
   }
 
-  /// Units that `write` writes from `from` on; more where surrogate pairs stay.
+  /// No less than the units that `write` writes from `from` on.
   [[nodiscard]] std::size_t measure(std::size_t from) const {
     std::size_t length = 0;
     const char16_t* at = text_.data() + from;
     const char16_t* const end = text_.end();
     while (at < end) {
+      const wide::Progress done = rules_.measure(at, end);
+      at += done.read;
+      length += done.written;
       if (static_cast<std::size_t>(end - at) >= vector::kLanes && isASCIIBlock(at)) {
         for (std::size_t i = 0; i < vector::kLanes; ++i) length += rules_.written(at[i]) >> 48;
         at += vector::kLanes;
         continue;
       }
-      const char16_t* const stop = at + std::min<std::size_t>(vector::kLanes, static_cast<std::size_t>(end - at));
-      while (at < stop) length += measureUnit(*at++);
+      const StringView chunk = chunkAt(at);
+      length += 3 * unicode::utf8Length(chunk);
+      at = chunk.end();
     }
     return length;
   }
@@ -88,36 +92,60 @@ class Encoder {
     const char16_t* at = text_.data() + from;
     const char16_t* const end = text_.end();
     while (at < end) {
+      const wide::Progress done = rules.write(at, end, out);
+      at += done.read;
+      out += done.written;
       if (static_cast<std::size_t>(end - at) >= vector::kLanes && isASCIIBlock(at)) {
         for (std::size_t i = 0; i < vector::kLanes; ++i) out = put(out, rules.written(at[i]));
         at += vector::kLanes;
         continue;
       }
-      const char16_t* const stop = at + std::min<std::size_t>(vector::kLanes, static_cast<std::size_t>(end - at));
-      while (at < stop) {
-        at = writeScalar(at, out);
-        if (!at) return nullptr;
-      }
+      const StringView chunk = chunkAt(at);
+      out = Rules::kOthersStay ? writeScalars(chunk, out) : writeBytes(chunk, out);
+      if (!out) return nullptr;
+      at = chunk.end();
     }
     return out;
   }
 
  private:
-  /// A surrogate counts half of its escaped pair, so that the whole is a bound where pairs may stay.
-  [[nodiscard]] std::size_t measureUnit(char16_t unit) const {
-    if (unit < 0x80) return rules_.written(unit) >> 48;
-    if (unicode::isSurrogate(unit)) return 6;
-    return rules_.stays(unit) ? 1 : unit < 0x800 ? 6 : 9;
+  static constexpr std::size_t kChunk = 32;
+
+  /// Some units at a time, and no pair cut in two.
+  [[nodiscard]] StringView chunkAt(const char16_t* at) const {
+    const auto left = static_cast<std::size_t>(text_.end() - at);
+    const std::size_t size = std::min(kChunk, left);
+    const bool cutsPair = size < left && unicode::isHighSurrogate(at[size - 1]) && unicode::isLowSurrogate(at[size]);
+    return {at, cutsPair ? size + 1 : size};
   }
 
+  /// Where no other scalar stays: all bytes of the UTF-8 by the table, without a branch on what they are.
+  char16_t* writeBytes(StringView chunk, char16_t* out) const {
+    char bytes[3 * (kChunk + 1) + unicode::kUTF8Slack];
+    const std::size_t size = unicode::utf16ToUTF8(chunk, bytes);
+    if (size == unicode::kInvalid) return nullptr;
+    const Rules rules = rules_;
+    for (std::size_t i = 0; i < size; ++i) out = put(out, rules.written(static_cast<unsigned char>(bytes[i])));
+    return out;
+  }
+
+  char16_t* writeScalars(StringView chunk, char16_t* out) const {
+    for (const char16_t* at = chunk.begin(); at && at < chunk.end();) {
+      at = writeScalar(at, chunk.end(), out);
+      if (!at) return nullptr;
+    }
+    return out;
+  }
+
+ private:
   /// Moves `out` behind what is written for the scalar at `at`, and answers the next scalar's place.
-  const char16_t* writeScalar(const char16_t* at, char16_t*& out) const {
+  const char16_t* writeScalar(const char16_t* at, const char16_t* end, char16_t*& out) const {
     const char16_t unit = *at;
     if (unit < 0x80) {
       out = put(out, rules_.written(unit));
       return at + 1;
     }
-    if (unicode::isSurrogate(unit)) return writePair(at, out);
+    if (unicode::isSurrogate(unit)) return writePair(at, end, out);
     if (rules_.stays(unit)) {
       *out++ = unit;
     } else {
@@ -126,8 +154,8 @@ class Encoder {
     return at + 1;
   }
 
-  const char16_t* writePair(const char16_t* at, char16_t*& out) const {
-    if (text_.end() - at < 2 || !unicode::isHighSurrogate(at[0]) || !unicode::isLowSurrogate(at[1])) return nullptr;
+  const char16_t* writePair(const char16_t* at, const char16_t* end, char16_t*& out) const {
+    if (end - at < 2 || !unicode::isHighSurrogate(at[0]) || !unicode::isLowSurrogate(at[1])) return nullptr;
     const char32_t scalar = unicode::scalarOf(at[0], at[1]);
     if (rules_.stays(scalar)) {
       *out++ = at[0];
@@ -168,6 +196,8 @@ std::optional<String> encode(const String& text, const Rules& rules) {
 
 template <PercentAllowed::NonASCII kOthers>
 struct TableRules {
+  static constexpr bool kOthersStay = kOthers != PercentAllowed::NonASCII::None;
+
   const PercentAllowed& allowed;
   [[nodiscard]] std::uint64_t written(char16_t unit) const { return allowed.written(unit); }
   [[nodiscard]] bool stays([[maybe_unused]] char32_t scalar) const {
@@ -176,14 +206,37 @@ struct TableRules {
     }
     return kOthers == PercentAllowed::NonASCII::All;
   }
+  [[nodiscard]] std::size_t leadingPlain(StringView text) const {
+    return wide::isAvailable() ? wide::leadingMembers(text.data(), text.size(), allowed.stays()) : 0;
+  }
+  [[nodiscard]] wide::Progress measure(const char16_t* at, const char16_t* end) const {
+    if (!isWideASCII(at, end)) return {0, 0};
+    return wide::percentLength(at, static_cast<std::size_t>(end - at), allowed.stays());
+  }
+  [[nodiscard]] wide::Progress write(const char16_t* at, const char16_t* end, char16_t* out) const {
+    if (!isWideASCII(at, end)) return {0, 0};
+    return wide::percentEncode(at, static_cast<std::size_t>(end - at), allowed.stays(), kEscapes.data(), out);
+  }
+
+ private:
+  /// True where the wide kernels get on.
+  static bool isWideASCII(const char16_t* at, const char16_t* end) {
+    return end - at >= 32 && wide::isAvailable() && isASCIIBlock(at);
+  }
 };
 
 struct SetRules {
+  static constexpr bool kOthersStay = true;
+
   const NSCharacterSet& allowed;
   [[nodiscard]] std::uint64_t written(char16_t unit) const {
     return allowed.contains(unit) ? PercentAllowed::plain(static_cast<char>(unit)) : kEscapes[unit];
   }
   [[nodiscard]] bool stays(char32_t scalar) const { return allowed.contains(scalar); }
+  // A set of any kind goes unit by unit.
+  [[nodiscard]] static std::size_t leadingPlain(StringView) { return 0; }
+  [[nodiscard]] static wide::Progress measure(const char16_t*, const char16_t*) { return {0, 0}; }
+  [[nodiscard]] static wide::Progress write(const char16_t*, const char16_t*, char16_t*) { return {0, 0}; }
 };
 
 /// The value of a hexadecimal digit; a large negative number for other bytes, which stays negative when values of
@@ -249,29 +302,63 @@ const char16_t* decodeRun(const char16_t* at, const char16_t* end, char16_t*& ou
   return at;
 }
 
-/// Copies up to the next "%". Whole vectors are written, so `out` needs `vector::kLanes` units more than are copied.
-const char16_t* copyPlain(const char16_t* at, const char16_t* end, char16_t*& out) {
-  const vector::Units percent = vector::Units::splat(u'%');
-  while (end - at >= static_cast<std::ptrdiff_t>(vector::kLanes)) {
-    const vector::Units units = vector::Units::load(at);
-    units.store(out);
-    const vector::Lanes found = equal(units, percent).lanesSet();
-    const std::size_t count = found.any() ? found.first() : vector::kLanes;
-    at += count;
-    out += count;
-    if (found.any()) return at;
-  }
-  while (at < end && *at != u'%') *out++ = *at++;
-  return at;
+constexpr std::ptrdiff_t kBlock = 4 * vector::kLanes;
+
+/// Copies up to a block of units as whole vectors, so `out` needs `vector::kLanes` units more, and so does the text.
+char16_t* copyRun(const char16_t* from, const char16_t* to, char16_t* out) {
+  constexpr auto kStep = static_cast<std::ptrdiff_t>(vector::kLanes);
+  const std::ptrdiff_t count = to - from;
+  vector::Units::load(from).store(out);
+  for (std::ptrdiff_t i = kStep; i < count; i += kStep) vector::Units::load(from + i).store(out + i);
+  return out + count;
 }
 
-/// Units written, or `unicode::kInvalid`.
+/// The "%" of a block, as bits.
+std::uint32_t percentsOf(const char16_t* block) {
+  const vector::Units percent = vector::Units::splat(u'%');
+  std::uint32_t found = 0;
+  for (std::size_t i = 0; i < 4; ++i) {
+    found |= equal(vector::Units::load(block + i * vector::kLanes), percent).lanesSet().bits << i * vector::kLanes;
+  }
+  return found;
+}
+
+/// Decodes a block and the escapes that reach out of it; nullptr for what is no escape or not UTF-8.
+const char16_t* decodeBlock(const char16_t* at, const char16_t* end, char16_t*& out) {
+  const char16_t* const block = at;
+  std::uint32_t percents = percentsOf(block);
+  while (percents != 0) {
+    const char16_t* const place = block + std::countr_zero(percents);
+    percents &= percents - 1;
+    out = copyRun(at, place, out);
+    const int byte = escapeAt(place);
+    if (byte >= 0 && byte < 0x80) [[likely]] {
+      *out++ = static_cast<char16_t>(byte);
+      at = place + kEscapeUnits;
+      continue;
+    }
+    at = byte < 0 ? nullptr : decodeRun(place, end, out);
+    if (!at || at - block >= kBlock) return at;
+    percents &= ~std::uint32_t{0} << (at - block);
+  }
+  if (at - block >= kBlock) return at;
+  out = copyRun(at, block + kBlock, out);
+  return block + kBlock;
+}
+
+/// Units written, or `unicode::kInvalid`. `out` has room for the text and `vector::kLanes` units more.
 std::size_t decode(StringView text, char16_t* out) {
   char16_t* const start = out;
   const char16_t* at = text.begin();
+  while (at && text.end() - at >= kBlock + static_cast<std::ptrdiff_t>(vector::kLanes)) {
+    at = decodeBlock(at, text.end(), out);
+  }
   while (at && at < text.end()) {
-    at = copyPlain(at, text.end(), out);
-    at = decodeRun(at, text.end(), out);
+    if (*at == u'%') {
+      at = decodeRun(at, text.end(), out);
+    } else {
+      *out++ = *at++;
+    }
   }
   return at ? static_cast<std::size_t>(out - start) : unicode::kInvalid;
 }

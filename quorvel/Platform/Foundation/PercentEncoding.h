@@ -6,6 +6,7 @@
 #include <optional>
 
 #include <quorvel/Platform/Foundation/CharacterSet.h>
+#include <quorvel/Platform/Foundation/WideKernels.h>
 
 namespace quorvel {
 
@@ -19,7 +20,7 @@ class PercentAllowed {
   /// The characters of `characters`, all ASCII, and of the rest what `others` says.
   [[nodiscard]] static constexpr PercentAllowed only(std::string_view characters, NonASCII others = NonASCII::None) {
     PercentAllowed allowed(others);
-    for (const char character : characters) allowed.written_[static_cast<unsigned char>(character)] = plain(character);
+    for (const char character : characters) allowed.allow(static_cast<unsigned char>(character));
     return allowed;
   }
   /// All but the characters of `characters`, all ASCII.
@@ -27,14 +28,17 @@ class PercentAllowed {
     PercentAllowed allowed(NonASCII::All);
     for (unsigned unit = 0; unit < 128; ++unit) {
       const auto character = static_cast<char>(unit);
-      if (characters.find(character) == characters.npos) allowed.written_[unit] = plain(character);
+      if (characters.find(character) == characters.npos) allowed.allow(unit);
     }
     return allowed;
   }
 
-  /// What is written for an ASCII character: up to three units from the lowest 16 bits on, their number in the highest.
+  /// What is written for an ASCII character, or for a byte of another that does not stay: up to three units from the
+  /// lowest 16 bits on, their number in the highest.
   [[nodiscard]] constexpr std::uint64_t written(char16_t unit) const { return written_[unit]; }
   [[nodiscard]] constexpr NonASCII others() const { return others_; }
+  /// The ASCII characters that stay.
+  [[nodiscard]] constexpr const wide::ASCIISet& stays() const { return stays_; }
 
   [[nodiscard]] static constexpr std::uint64_t escaped(unsigned byte) {
     constexpr std::string_view kDigits = "0123456789ABCDEF";
@@ -48,10 +52,16 @@ class PercentAllowed {
 
  private:
   explicit constexpr PercentAllowed(NonASCII others) : others_(others) {
-    for (unsigned byte = 0; byte < 128; ++byte) written_[byte] = escaped(byte);
+    for (unsigned byte = 0; byte < 256; ++byte) written_[byte] = escaped(byte);
   }
 
-  std::array<std::uint64_t, 128> written_{};
+  constexpr void allow(unsigned character) {
+    written_[character] = plain(static_cast<char>(character));
+    stays_.insert(character);
+  }
+
+  std::array<std::uint64_t, 256> written_{};
+  wide::ASCIISet stays_;
   NonASCII others_;
 };
 

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include <quorvel/Platform/Foundation/UnitScan.h>
+#include <quorvel/Platform/Foundation/WideKernels.h>
 
 namespace quorvel::plain {
 
@@ -97,8 +98,13 @@ template <class Class>
   const auto holding = [](const char16_t* units) {
     return static_cast<std::size_t>(std::countr_one(Class::has(Units::load(units)).lanesSet().bits));
   };
+  const bool isWide = text.size() >= wide::kWorthwhile && wide::isAvailable();
   std::size_t i = 0;
   for (; i + kLanes <= text.size(); i += kLanes) {
+    if (isWide) {
+      i += wide::leadingCommon(text.data() + i, text.size() - i, false);
+      if (i + kLanes > text.size()) break;
+    }
     if (const std::size_t count = holding(text.data() + i); count < kLanes) return i + count;
   }
   if (i == text.size()) return i;

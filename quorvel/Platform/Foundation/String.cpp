@@ -82,6 +82,12 @@ void String::release() noexcept {
 }
 
 std::optional<String> String::fromUTF8(std::string_view bytes) {
+  constexpr std::size_t kShort = 128;
+  if (bytes.size() <= kShort) {
+    char16_t units[kShort];
+    const std::size_t size = unicode::utf8ToUTF16(bytes, units);
+    return size == unicode::kInvalid ? std::nullopt : std::optional<String>(std::in_place, units, size);
+  }
   const std::size_t size = unicode::utf16Length(bytes);
   if (size > limits::kStringLength) return nil;
   bool valid = true;

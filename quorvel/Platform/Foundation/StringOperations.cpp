@@ -30,6 +30,7 @@ String ownedOr(const String* owner, StringView text) { return owner ? *owner : S
 
 /// Lower case where it is one unit for one and has no conditions.
 struct PlainLower {
+  static constexpr bool kKeepsSmall = true;  // ASCII but for its capitals, syllables and ideographs
   template <class UnitOrUnits>
   [[nodiscard]] static UnitOrUnits map(UnitOrUnits units) {
     return plain::SimpleFold::fold(units);
@@ -56,6 +57,7 @@ struct PlainLower {
 
 /// Upper case where it is one unit for one.
 struct PlainUpper {
+  static constexpr bool kKeepsSmall = false;
   [[nodiscard]] static char16_t map(char16_t unit) { return plain::SimpleFold::other(unit); }
   [[nodiscard]] static Units map(Units units) {
     const Units by20 = vector::inRange(units, u'a', 25) | vector::inRange(units, 0x430, 0x1F) |
@@ -99,9 +101,12 @@ std::size_t mapPlain(StringView text, StringBuilder& out) {
 
 template <class Map>
 String mapCase(StringView text, const String* owner) {
-  const std::size_t same = unitscan::leading(
-      text, [](Units units) { return Map::has(units) & equal(Map::map(units), units); },
-      [](char16_t unit) { return Map::has(unit) && Map::map(unit) == unit; });
+  const std::size_t lower =
+      Map::kKeepsSmall && wide::isAvailable() ? wide::leadingCommon(text.data(), text.size(), true) : 0;
+  const std::size_t same =
+      lower + unitscan::leading(
+                  text.sub(lower), [](Units units) { return Map::has(units) & equal(Map::map(units), units); },
+                  [](char16_t unit) { return Map::has(unit) && Map::map(unit) == unit; });
   if (same == text.size()) return ownedOr(owner, text);
   StringBuilder out;
   out.reserve(text.size());

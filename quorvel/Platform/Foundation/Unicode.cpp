@@ -3,6 +3,7 @@
 #include <quorvel/Platform/Foundation/LinearSearch.h>
 #include <quorvel/Platform/Foundation/Unicode.h>
 #include <quorvel/Platform/Foundation/Vector.h>
+#include <quorvel/Platform/Foundation/WideKernels.h>
 
 namespace quorvel::unicode {
 namespace {
@@ -81,6 +82,31 @@ const char* copyThreeByte(const char* at, const char* end, char16_t*& out) {
   return at;
 }
 
+/// Below this a call of the wide kernels costs more than it saves.
+constexpr std::size_t kWorthwhileBytes = 40;
+/// Texts up to this are converted on the stack, so that nothing is measured first.
+constexpr std::size_t kShortUnits = 128;
+
+bool isASCII(StringView text) {
+  std::size_t i = wide::isAvailable() ? wide::leadingASCII(text.data(), text.size()) : 0;
+  const Units bound = Units::splat(0x7F);
+  for (; i + vector::kLanes <= text.size(); i += vector::kLanes) {
+    if (!atMost(Units::load(text.data() + i), bound).lanesSet().all()) return false;
+  }
+  return std::all_of(text.begin() + i, text.end(), [](char16_t unit) { return unit <= 0x7F; });
+}
+
+/// Copies what the wide kernels take, where there are any, or plain text at least.
+const char* copyBlocks(const char* at, const char* end, char16_t*& out) {
+  if (end - at < 64) at = copyASCII(at, end, out);
+  if (static_cast<std::size_t>(end - at) >= kWorthwhileBytes && wide::isAvailable()) {
+    const wide::Progress done = wide::utf8ToUTF16(at, static_cast<std::size_t>(end - at), out);
+    at += done.read;
+    out += done.written;
+  }
+  return copyASCII(at, end, out);
+}
+
 char* writeUTF8(char* out, char32_t scalar) {
   if (scalar < 0x80) {
     *out++ = static_cast<char>(scalar);
@@ -109,6 +135,11 @@ std::size_t encodeUTF8(StringView text, char* const start, OnUnpaired onUnpaired
   char* out = start;
   const Units ascii = Units::splat(0x7F);
   while (at != end) {
+    if (end - at >= 8 && wide::isAvailable()) {
+      const wide::Progress done = wide::utf16ToUTF8(at, static_cast<std::size_t>(end - at), out);
+      at += done.read;
+      out += done.written;
+    }
     for (; end - at >= 16; at += 16, out += 16) {
       const Units low = Units::load(at);
       const Units high = Units::load(at + 8);
@@ -139,8 +170,12 @@ std::size_t utf16Length(std::string_view bytes) {
   constexpr std::uint64_t kOnes = 0x0101010101010101;
   const char* at = bytes.data();
   const char* const end = at + bytes.size();
-  while (end - at >= 16 && vector::Bytes::load(at).highBits() == 0) at += 16;
-  auto count = static_cast<std::size_t>(at - bytes.data());
+  std::size_t count = 0;
+  if (bytes.size() >= kWorthwhileBytes && wide::isAvailable()) {
+    const wide::Progress done = wide::utf16Length(at, bytes.size());
+    at += done.read;
+    count = done.written;
+  }
   // Eight bytes at a time, a counter in each byte: up to 31 words, each of which adds at most two.
   while (end - at >= 8) {
     std::uint64_t counters = 0;
@@ -167,7 +202,7 @@ std::size_t utf8ToUTF16(std::string_view bytes, char16_t* out) {
   const char* at = bytes.data();
   const char* const end = at + bytes.size();
   while (true) {
-    at = copyASCII(at, end, out);
+    at = copyBlocks(at, end, out);
     at = copyThreeByte(at, end, out);
     if (at == end) return static_cast<std::size_t>(out - start);
     if (end - at >= 8 && isASCII8(at)) continue;
@@ -182,10 +217,13 @@ std::size_t utf8ToUTF16Replacing(std::string_view bytes, char16_t* out) {
   const char* at = bytes.data();
   const char* const end = at + bytes.size();
   while (at != end) {
-    at = copyASCII(at, end, out);
-    if (at == end) break;
-    const char32_t scalar = decodeUTF8(at, end);
-    out = writeScalar(out, scalar == kBadScalar ? 0xFFFD : scalar);
+    at = copyBlocks(at, end, out);
+    // The kernels stop a few sequences before an ill-formed one.
+    for (bool well = true; well && at != end;) {
+      const char32_t scalar = decodeUTF8(at, end);
+      well = scalar != kBadScalar;
+      out = writeScalar(out, well ? scalar : 0xFFFD);
+    }
   }
   return static_cast<std::size_t>(out - start);
 }
@@ -193,6 +231,11 @@ std::size_t utf8ToUTF16Replacing(std::string_view bytes, char16_t* out) {
 std::size_t utf8Length(StringView text) {
   std::size_t count = text.size();
   std::size_t i = 0;
+  if (wide::isAvailable()) {
+    const wide::Progress done = wide::utf8Length(text.data(), text.size());
+    i = done.read;
+    count += done.written - done.read;
+  }
   while (i + vector::kLanes <= text.size()) {
     // A counter in each lane: up to 2^14 blocks, each of which adds at most two.
     Units counters = Units::splat(0);
@@ -220,18 +263,24 @@ std::size_t utf16ToUTF8(StringView text, char* out) {
 }
 
 std::optional<std::string> toUTF8(StringView text) {
-  std::string bytes;
-  // Exact unless a surrogate is unpaired, and then at most one byte short of what is written before it is found.
-  bytes.resize(utf8Length(text) + 1);
-  const std::size_t size = utf16ToUTF8(text, bytes.data());
+  if (text.size() <= kShortUnits) {
+    char bytes[3 * kShortUnits + kUTF8Slack];
+    const std::size_t size = utf16ToUTF8(text, bytes);
+    return size == kInvalid ? std::nullopt : std::optional<std::string>(std::in_place, bytes, size);
+  }
+  // Units of ASCII narrow as they are copied; nothing is cleared first.
+  if (isASCII(text)) return std::optional<std::string>(std::in_place, text.begin(), text.end());
+  std::optional<std::string> bytes(std::in_place);
+  bytes->resize(utf8Length(text) + kUTF8Slack);
+  const std::size_t size = utf16ToUTF8(text, bytes->data());
   if (size == kInvalid) return std::nullopt;
-  bytes.resize(size);
+  bytes->resize(size);
   return bytes;
 }
 
 std::string toUTF8Replacing(StringView text) {
   std::string bytes;
-  bytes.resize(text.size() * 3);
+  bytes.resize(text.size() * 3 + kUTF8Slack);
   bytes.resize(encodeUTF8(text, bytes.data(), [] { return static_cast<char32_t>(0xFFFD); }));
   return bytes;
 }
@@ -242,7 +291,7 @@ void appendUTF8(std::string& out, char32_t scalar) {
 }
 
 bool isWellFormed(StringView text) {
-  std::size_t i = 0;
+  std::size_t i = wide::isAvailable() ? wide::leadingOutside(text.data(), text.size(), 0xD800, 0x7FF) : 0;
   while (i < text.size()) {
     if (i + vector::kLanes <= text.size()) {
       const Units units = Units::load(text.data() + i);
@@ -257,7 +306,7 @@ bool isWellFormed(StringView text) {
 }
 
 std::size_t commonPrefix(const char16_t* a, const char16_t* b, std::size_t count) {
-  std::size_t i = 0;
+  std::size_t i = wide::isAvailable() ? wide::leadingEqual(a, b, count) : 0;
   for (; i + vector::kLanes <= count; i += vector::kLanes) {
     const vector::Lanes same = equal(Units::load(a + i), Units::load(b + i)).lanesSet();
     if (!same.all()) return i + static_cast<std::size_t>(std::countr_one(same.bits));
@@ -269,6 +318,7 @@ std::size_t commonPrefix(const char16_t* a, const char16_t* b, std::size_t count
 std::size_t findUnit(StringView text, char16_t unit, std::size_t from) {
   const Units wanted = Units::splat(unit);
   std::size_t i = from;
+  if (i < text.size() && wide::isAvailable()) i += wide::leadingOutside(text.data() + i, text.size() - i, unit, 0);
   for (; i + vector::kLanes <= text.size(); i += vector::kLanes) {
     const vector::Lanes found = equal(Units::load(text.data() + i), wanted).lanesSet();
     if (found.any()) return i + found.first();

@@ -41,7 +41,10 @@ inline constexpr std::size_t kInvalid = SIZE_MAX;
 
 /// Bytes of the text in UTF-8; an unpaired surrogate counts two bytes too few for U+FFFD, so ask `isWellFormed` first.
 [[nodiscard]] std::size_t utf8Length(StringView text);
-/// Writes at most three bytes a unit and answers their number, or `kInvalid` at an unpaired surrogate.
+/// Room that `utf16ToUTF8` needs behind what it writes.
+inline constexpr std::size_t kUTF8Slack = 16;
+/// Writes at most three bytes a unit and answers their number, or `kInvalid` at an unpaired surrogate. Up to
+/// `kUTF8Slack` bytes behind them are written over.
 [[nodiscard]] std::size_t utf16ToUTF8(StringView text, char* out);
 [[nodiscard]] std::optional<std::string> toUTF8(StringView text);
 [[nodiscard]] std::string toUTF8Replacing(StringView text);

@@ -5,6 +5,7 @@
 
 #include <quorvel/Platform/Foundation/Unicode.h>
 #include <quorvel/Platform/Foundation/Vector.h>
+#include <quorvel/Platform/Foundation/WideKernels.h>
 
 namespace quorvel::unitscan {
 
@@ -49,8 +50,9 @@ class AnyOf {
   /// Copies the text without its members; the number of units that are left.
   [[nodiscard]] std::size_t copyWithout(StringView text, char16_t* const start) const {
     if (surrogates_ || characters_.size() > 4 || characters_.isEmpty()) return copyPieces(text, start);
-    char16_t* out = start;
-    std::size_t from = 0;
+    const wide::Progress done = copyWithoutFew(text, start);
+    char16_t* out = start + done.written;
+    std::size_t from = done.read;
     while (from + vector::kLanes <= text.size()) {
       const vector::Units units = vector::Units::load(text.data() + from);
       std::uint32_t found = fewMembers(units).lanesSet().bits;
@@ -98,6 +100,13 @@ class AnyOf {
       if (found == text.size()) return static_cast<std::size_t>(out - start);
       from = found + length;
     }
+  }
+  /// At most four members, as far as the wide kernels go.
+  [[nodiscard]] wide::Progress copyWithoutFew(StringView text, char16_t* out) const {
+    if (!wide::isAvailable()) return {0, 0};
+    char16_t members[4];
+    for (std::size_t i = 0; i < 4; ++i) members[i] = characters_[characters_.size() > i ? i : 0];
+    return wide::copyWithout(text.data(), text.size(), members, out);
   }
   /// Lanes with one of at most four members.
   [[nodiscard]] vector::Units fewMembers(vector::Units units) const {
