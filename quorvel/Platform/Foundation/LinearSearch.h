@@ -2,6 +2,7 @@
 // caller may refuse. Included by sources only. Not here: what equals what beyond units (CanonicalText.h).
 #pragma once
 
+#include <algorithm>
 #include <concepts>
 #include <vector>
 
@@ -100,6 +101,17 @@ template <class Fold, class Accept>
       if (isHit(i + lanes.first())) return i + lanes.first();
     }
     if (spent > (i - from) + tail + 64) return findByBorders<Fold>(text, folded, i + vector::kLanes, accept);
+  }
+  // Fewer places than lanes are left, and their units lie in the last vector of the text.
+  if (i + tail < text.size() && text.size() >= vector::kLanes) {
+    const std::size_t start = std::min(i, text.size() - vector::kLanes);
+    const std::size_t left = text.size() - tail - i;
+    vector::Lanes lanes = first.in(Units::load(text.data() + start)).lanesSet();
+    lanes.bits = lanes.bits >> (i - start) & ((1U << left) - 1);
+    for (; lanes.any(); lanes.bits &= lanes.bits - 1) {
+      if (isHit(i + lanes.first())) return i + lanes.first();
+    }
+    return kNowhere;
   }
   for (; i + tail < text.size(); ++i) {
     if (Fold::fold(text[i]) == folded[0] && isHit(i)) return i;

@@ -9,6 +9,7 @@
 #include <quorvel/Platform/Foundation/LiteralSearch.h>
 #include <quorvel/Platform/Foundation/Log.h>
 #include <quorvel/Platform/Foundation/NSRegularExpression.h>
+#include <quorvel/Platform/Foundation/PatternTraits.h>
 #include <quorvel/Platform/Foundation/Unicode.h>
 
 namespace quorvel {
@@ -48,60 +49,10 @@ std::uint64_t unitOffset(StringView pattern, const UParseError& place) {
   return i;
 }
 
-/// What makes a pattern slow to compile or to match, read without understanding all of its syntax. A set costs by the
-/// characters it holds, because ICU looks for the other case of each.
-class PatternTraits {
- public:
-  explicit PatternTraits(StringView pattern) : pattern_(pattern) {
-    for (std::size_t i = 0; i < pattern.size(); ++i) {
-      const char16_t unit = pattern[i];
-      quantifiers_ += unit == u'*' || unit == u'+' || unit == u'?' || unit == u'{';
-      if (unit == u'[') readSet(i);
-      if (unit == u']' && depth_ > 0) --depth_;
-      if (unit == u'-' && depth_ > 0 && isFar(i + 1)) classes_ += kWide;
-      if (unit == u'\\') readEscape(unitAt(++i));
-    }
-  }
-
-  [[nodiscard]] bool hasBackReference() const { return hasBackReference_; }
-  [[nodiscard]] bool isTooCostly() const {
-    return classes_ > limits::kRegularExpressionClasses ||
-           quantifiers_ * pattern_.size() > limits::kRegularExpressionQuantifiers;
-  }
-
- private:
-  static constexpr std::size_t kSet = 1;
-  static constexpr std::size_t kClass = 8;
-  static constexpr std::size_t kWide = 64;
-
-  [[nodiscard]] char16_t unitAt(std::size_t i) const { return i < pattern_.size() ? pattern_[i] : u'\0'; }
-  /// True when a range to this place may hold many characters.
-  [[nodiscard]] bool isFar(std::size_t i) const { return unitAt(i) >= 0x1000 || unitAt(i) == u'\\'; }
-  void readSet(std::size_t i) {
-    const bool isNamed = unitAt(i + 1) == u':';
-    const bool isNegated = unitAt(i + (isNamed ? 2 : 1)) == u'^';
-    // A negated set inside another, and one of a negated property, has the characters of nearly all of Unicode.
-    classes_ += isNegated && (isNamed || depth_ > 0) ? kWide : isNamed ? kClass : kSet;
-    ++depth_;
-  }
-  void readEscape(char16_t unit) {
-    static constexpr std::u16string_view kClasses = u"pwdshv";
-    static constexpr std::u16string_view kNegated = u"PWDSHV";
-    if (kClasses.find(unit) != std::u16string_view::npos) classes_ += kClass;
-    if (kNegated.find(unit) != std::u16string_view::npos) classes_ += depth_ > 0 || unit == u'P' ? kWide : kClass;
-    hasBackReference_ = hasBackReference_ || (unit >= u'1' && unit <= u'9') || unit == u'k';
-  }
-
-  StringView pattern_;
-  std::size_t quantifiers_ = 0;
-  std::size_t classes_ = 0;
-  std::size_t depth_ = 0;
-  bool hasBackReference_ = false;
-};
-
 /// The time that one public call has, all its matches together. ICU asks now and then whether to go on.
 class Deadline {
  public:
+  void start() { end_ = Clock::now() + limits::kRegularExpressionTime; }
   [[nodiscard]] bool isOver() {
     expired_ = expired_ || Clock::now() >= end_;
     return expired_;
@@ -118,7 +69,7 @@ class Deadline {
  private:
   static Deadline& of(const void* context) { return *static_cast<Deadline*>(const_cast<void*>(context)); }
 
-  Clock::time_point end_ = Clock::now() + limits::kRegularExpressionTime;
+  Clock::time_point end_{};
   std::uint32_t calls_ = 0;
   bool expired_ = false;
 };
@@ -133,6 +84,7 @@ struct NSRegularExpression::Compiled {
   std::size_t groupCount = 0;
   bool hasBackReference = false;
   std::optional<LiteralSearch> literal;  // then there is no `master`
+  std::optional<LiteralSearch> prefix;   // what every match begins with
   ICUExpression master;
 
   [[nodiscard]] ICUExpression take() const {
@@ -168,6 +120,12 @@ class NSRegularExpression::Compiled::Search {
   Search(const Compiled& compiled, StringView text, NSRange range)
       : compiled_(compiled), text_(text.sub(0, range.end())), literal_{range.location, 0} {
     if (compiled.literal) return;
+    if (compiled.prefix) {
+      // Most texts do not hold what every match begins with, and ICU need not be asked.
+      candidate_ = compiled.prefix->next(text_, range.location);
+      if (!candidate_) return;
+      byPrefix_ = range == NSRange{0, text.size()};
+    }
     matcher_ = text.size() <= INT32_MAX ? compiled.take() : nullptr;
     if (!matcher_ && text.size() <= INT32_MAX) matcher_ = clone();
     if (!matcher_) {
@@ -175,6 +133,7 @@ class NSRegularExpression::Compiled::Search {
       return;
     }
     URegularExpression* matcher = matcher_.get();
+    deadline_.start();
     uregex_setStackLimit(matcher, limits::kRegularExpressionBytes, &status_);
     uregex_setMatchCallback(matcher, Deadline::whileMatching, &deadline_, &status_);
     uregex_setFindProgressCallback(matcher, Deadline::whileFinding, &deadline_, &status_);
@@ -204,8 +163,9 @@ class NSRegularExpression::Compiled::Search {
   /// False at the end and when a limit was reached.
   [[nodiscard]] bool next() {
     if (compiled_.literal) return nextLiteral();
-    if (failed()) return false;
+    if ((compiled_.prefix && !candidate_) || failed()) return false;
     if (deadline_.isOverNowAndThen()) return stop();
+    if (byPrefix_) return nextByPrefix();
     const bool found = uregex_findNext(matcher_.get(), &status_) != 0;
     if (deadline_.wasOver()) return stop();
     return found && !failed();
@@ -246,9 +206,28 @@ class NSRegularExpression::Compiled::Search {
     return match.has_value();
   }
 
+  /// Tries the places of the prefix only.
+  bool nextByPrefix() {
+    for (std::uint64_t from = 0; candidate_; candidate_ = compiled_.prefix->next(text_, from)) {
+      if (deadline_.isOverNowAndThen()) return stop();
+      const auto place = static_cast<std::int64_t>(candidate_->location);
+      const bool found = uregex_lookingAt64(matcher_.get(), place, &status_) != 0;
+      if (deadline_.wasOver()) return stop();
+      if (failed()) return false;
+      if (found) {
+        candidate_ = compiled_.prefix->next(text_, static_cast<std::size_t>(uregex_end64(matcher_.get(), 0, &status_)));
+        return true;
+      }
+      from = candidate_->location + 1;
+    }
+    return false;
+  }
+
   const Compiled& compiled_;
   StringView text_;
-  NSRange literal_;  // the match of a literal
+  NSRange literal_;                   // the match of a literal
+  std::optional<NSRange> candidate_;  // the next place of the prefix
+  bool byPrefix_ = false;
   Deadline deadline_;
   std::optional<GuardedText> guarded_;
   ICUExpression matcher_;
@@ -307,6 +286,8 @@ std::shared_ptr<const NSRegularExpression::Compiled> NSRegularExpression::Compil
   compiled->groupCount = static_cast<std::size_t>(uregex_groupCount(master.get(), &status));
   compiled->hasBackReference = PatternTraits(pattern).hasBackReference();
   compiled->master = std::move(master);
+  const String prefix = literalPrefix(pattern);
+  if (prefix.size() > 1) compiled->prefix.emplace(prefix, options == Options::CaseInsensitive);
   return compiled;
 }
 
@@ -323,13 +304,13 @@ std::optional<NSRegularExpression> NSRegularExpression::withPattern(StringView p
     return nil;
   }
   if (isLiteral(options)) return NSRegularExpression(Compiled::ofLiteral(pattern, options));
-  if (PatternTraits(pattern).isTooCostly()) {
-    reason = {0, "the pattern is too costly"};
-    return nil;
-  }
   const std::uint64_t hash = hashing::bytes(pattern.data(), pattern.size() * sizeof(char16_t));
   auto compiled = Compiled::Cache::shared().find(hash, pattern, options);
   if (!compiled) {
+    if (PatternTraits(pattern).isTooCostly()) {
+      reason = {0, "the pattern is too costly"};
+      return nil;
+    }
     compiled = Compiled::compile(pattern, options, reason);
     if (!compiled) return nil;
     Compiled::Cache::shared().insert(hash, compiled);
