@@ -155,16 +155,7 @@ bool isPlain(StringView text) {
 }
 
 /// True when the text has no conjoining jamo.
-bool isWithoutJamo(StringView text) {
-  constexpr char16_t kFirst = 0x1100;
-  constexpr char16_t kSpan = 0xFF;
-  const std::size_t start = wide::isAvailable() ? wide::leadingOutside(text.data(), text.size(), kFirst, kSpan) : 0;
-  const StringView rest = text.sub(start);
-  return unitscan::leading(
-             rest,
-             [](vector::Units units) { return atMost(vector::inRange(units, kFirst, kSpan), vector::Units::splat(0)); },
-             [](char16_t unit) { return static_cast<char16_t>(unit - kFirst) > kSpan; }) == rest.size();
-}
+bool isWithoutJamo(StringView text) { return unicode::firstInRange(text, 0x1100, 0xFF, 0) == unicode::kInvalid; }
 
 /// True when no other text within `text` can be canonically equivalent to the needle. To ASCII nothing is, but for
 /// three of its characters (Kelvin sign, Greek question mark and varia are equivalent to them), and to syllables only

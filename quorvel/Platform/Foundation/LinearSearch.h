@@ -89,10 +89,10 @@ template <class Fold, class Accept>
   std::size_t i = from;
   const auto hasBlock = [&] { return i + tail + vector::kLanes <= text.size(); };
   const bool isWide = text.size() >= wide::kWorthwhile && wide::isAvailable();
-  const wide::Pair pair{{folded[0], Fold::other(folded[0])}, {folded[tail], Fold::other(folded[tail])}, 0, tail};
   for (; hasBlock(); i += vector::kLanes) {
     if (isWide) {
-      i = wide::findPair(text.data(), text.size(), i, pair);
+      i = wide::findPair(text.data(), text.size(), i,
+                         {{folded[0], Fold::other(folded[0])}, {folded[tail], Fold::other(folded[tail])}, 0, tail});
       if (!hasBlock()) break;
     }
     const Units hits = first.in(Units::load(text.data() + i)) & last.in(Units::load(text.data() + i + tail));

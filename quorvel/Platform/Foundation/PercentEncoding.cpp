@@ -302,7 +302,7 @@ const char16_t* decodeRun(const char16_t* at, const char16_t* end, char16_t*& ou
   return at;
 }
 
-constexpr std::ptrdiff_t kBlock = 4 * vector::kLanes;
+constexpr auto kBlock = static_cast<std::ptrdiff_t>(vector::kBlock);
 
 /// Copies up to a block of units as whole vectors, so `out` needs `vector::kLanes` units more, and so does the text.
 char16_t* copyRun(const char16_t* from, const char16_t* to, char16_t* out) {
@@ -313,20 +313,10 @@ char16_t* copyRun(const char16_t* from, const char16_t* to, char16_t* out) {
   return out + count;
 }
 
-/// The "%" of a block, as bits.
-std::uint32_t percentsOf(const char16_t* block) {
-  const vector::Units percent = vector::Units::splat(u'%');
-  std::uint32_t found = 0;
-  for (std::size_t i = 0; i < 4; ++i) {
-    found |= equal(vector::Units::load(block + i * vector::kLanes), percent).lanesSet().bits << i * vector::kLanes;
-  }
-  return found;
-}
-
 /// Decodes a block and the escapes that reach out of it; nullptr for what is no escape or not UTF-8.
 const char16_t* decodeBlock(const char16_t* at, const char16_t* end, char16_t*& out) {
   const char16_t* const block = at;
-  std::uint32_t percents = percentsOf(block);
+  std::uint32_t percents = vector::placesInBlock(block, u'%');
   while (percents != 0) {
     const char16_t* const place = block + std::countr_zero(percents);
     percents &= percents - 1;

@@ -225,7 +225,47 @@ std::vector<StringView> componentsSeparatedBy(StringView text, const NSCharacter
   return pieces;
 }
 
+namespace {
+
+/// Calls `found(place)` for every place of the unit.
+template <class Found>
+void forEachPlace(StringView text, char16_t unit, Found found) {
+  std::size_t block = 0;
+  for (; block + vector::kBlock <= text.size(); block += vector::kBlock) {
+    for (std::uint32_t places = vector::placesInBlock(text.data() + block, unit); places != 0; places &= places - 1) {
+      found(block + static_cast<std::size_t>(std::countr_zero(places)));
+    }
+  }
+  for (; block < text.size(); ++block) {
+    if (text[block] == unit) found(block);
+  }
+}
+
+std::size_t countOfUnit(StringView text, char16_t unit) {
+  std::size_t count = 0;
+  std::size_t block = 0;
+  for (; block + vector::kBlock <= text.size(); block += vector::kBlock) {
+    count += static_cast<std::size_t>(std::popcount(vector::placesInBlock(text.data() + block, unit)));
+  }
+  return count + static_cast<std::size_t>(std::count(text.begin() + block, text.end(), unit));
+}
+
+std::vector<StringView> componentsSeparatedByUnit(StringView text, char16_t unit) {
+  std::vector<StringView> pieces;
+  pieces.reserve(countOfUnit(text, unit) + 1);
+  std::size_t start = 0;
+  forEachPlace(text, unit, [&](std::size_t place) {
+    pieces.push_back(text.sub(start, place - start));
+    start = place + 1;
+  });
+  pieces.push_back(text.sub(start));
+  return pieces;
+}
+
+}  // namespace
+
 std::vector<StringView> componentsSeparatedBy(StringView text, StringView separator) {
+  if (separator.size() == 1 && !text.isNil()) return componentsSeparatedByUnit(text, separator[0]);
   std::vector<StringView> pieces;
   std::size_t start = 0;
   while (!separator.isEmpty()) {

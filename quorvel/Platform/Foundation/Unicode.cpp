@@ -291,16 +291,11 @@ void appendUTF8(std::string& out, char32_t scalar) {
 }
 
 bool isWellFormed(StringView text) {
-  std::size_t i = wide::isAvailable() ? wide::leadingOutside(text.data(), text.size(), 0xD800, 0x7FF) : 0;
-  while (i < text.size()) {
-    if (i + vector::kLanes <= text.size()) {
-      const Units units = Units::load(text.data() + i);
-      if (vector::inRange(units, 0xD800, 0x7FF).noneSet()) {
-        i += vector::kLanes;
-        continue;
-      }
-    }
+  for (std::size_t i = firstInRange(text, 0xD800, 0x7FF, 0); i < text.size();) {
     if (isSurrogate(nextScalar(text, i))) return false;
+    if (i + vector::kLanes <= text.size() && vector::inRange(Units::load(text.data() + i), 0xD800, 0x7FF).noneSet()) {
+      i += vector::kLanes;
+    }
   }
   return true;
 }
@@ -315,19 +310,29 @@ std::size_t commonPrefix(const char16_t* a, const char16_t* b, std::size_t count
   return i;
 }
 
-std::size_t findUnit(StringView text, char16_t unit, std::size_t from) {
-  const Units wanted = Units::splat(unit);
+std::size_t firstInRange(StringView text, char16_t low, char16_t span, std::size_t from) {
   std::size_t i = from;
-  if (i < text.size() && wide::isAvailable()) i += wide::leadingOutside(text.data() + i, text.size() - i, unit, 0);
+  if (text.size() >= i + wide::kWorthwhile && wide::isAvailable()) {
+    i += wide::leadingOutside(text.data() + i, text.size() - i, low, span);
+  }
   for (; i + vector::kLanes <= text.size(); i += vector::kLanes) {
-    const vector::Lanes found = equal(Units::load(text.data() + i), wanted).lanesSet();
+    const vector::Lanes found = vector::inRange(Units::load(text.data() + i), low, span).lanesSet();
     if (found.any()) return i + found.first();
   }
+  if (i < text.size() && text.size() >= vector::kLanes) {
+    // The rest lies in the last vector of the text.
+    const std::size_t start = text.size() - vector::kLanes;
+    vector::Lanes found = vector::inRange(Units::load(text.data() + start), low, span).lanesSet();
+    found.bits = found.bits >> (i - start) << (i - start);
+    return found.any() ? start + found.first() : kInvalid;
+  }
   for (; i < text.size(); ++i) {
-    if (text[i] == unit) return i;
+    if (static_cast<char16_t>(text[i] - low) <= span) return i;
   }
   return kInvalid;
 }
+
+std::size_t findUnit(StringView text, char16_t unit, std::size_t from) { return firstInRange(text, unit, 0, from); }
 
 std::size_t findLiteral(StringView text, StringView needle, std::size_t from) {
   if (needle.isEmpty()) return from <= text.size() ? from : kInvalid;

@@ -56,6 +56,8 @@ void appendUTF8(std::string& out, char32_t scalar);
 
 /// Units at the start that are the same in both.
 [[nodiscard]] std::size_t commonPrefix(const char16_t* a, const char16_t* b, std::size_t count);
+/// The first place at or after `from` of a unit from `low` to `low + span`, or `kInvalid`.
+[[nodiscard]] std::size_t firstInRange(StringView text, char16_t low, char16_t span, std::size_t from);
 /// The first place at or after `from` of `unit`, or `kInvalid`.
 [[nodiscard]] std::size_t findUnit(StringView text, char16_t unit, std::size_t from = 0);
 /// The first place at or after `from` where `needle` stands unit for unit, or `kInvalid`. An empty needle is found

@@ -226,4 +226,16 @@ struct Bytes {
   return atMost(units - Units::splat(low), Units::splat(span));
 }
 
+inline constexpr std::size_t kBlock = 4 * kLanes;
+
+/// The places of a unit in a block of 32, as bits.
+[[nodiscard]] inline std::uint32_t placesInBlock(const char16_t* block, char16_t unit) {
+  const Units wanted = Units::splat(unit);
+  std::uint32_t places = 0;
+  for (std::size_t i = 0; i < 4; ++i) {
+    places |= equal(Units::load(block + i * kLanes), wanted).lanesSet().bits << i * kLanes;
+  }
+  return places;
+}
+
 }  // namespace quorvel::vector
