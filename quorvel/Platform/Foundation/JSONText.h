@@ -159,98 +159,35 @@ class TextReader {
         .highBits();
   }
 
-  /// Copies ASCII up to the first special or other byte; stops early when sixteen bytes are not left.
-  const char* copyASCII(const char* at, char16_t*& out) {
-    while (source_.left(at) >= vector::kByteLanes) {
-      out = scratch_.ensure(out, vector::kByteLanes);
-      const auto bytes = Bytes::load(at);
-      bytes.widenLow().store(out);
-      bytes.widenHigh().store(out + vector::kLanes);
-      const std::uint32_t stops = specialBits(bytes) | bytes.highBits();
-      const auto count = stops ? static_cast<std::size_t>(std::countr_zero(stops)) : vector::kByteLanes;
-      at += count;
-      out += count;
-      if (stops) break;
+  /// The first special byte, or the end of the text.
+  [[nodiscard]] const char* endOfRun(const char* at) const {
+    for (; source_.left(at) >= vector::kByteLanes; at += vector::kByteLanes) {
+      if (const std::uint32_t stops = specialBits(Bytes::load(at))) return at + std::countr_zero(stops);
     }
+    while (at != source_.end && !isSpecial(*at)) ++at;
     return at;
   }
 
-  /// The bytes of the well-formed sequence at `at` with its scalar, or 0 (Unicode, table 3-7).
-  int decode(const char* at, char32_t& scalar) const {
-    const auto lead = static_cast<unsigned char>(*at);
-    const int more = lead < 0xC2 || lead > 0xF4 ? 0 : lead < 0xE0 ? 1 : lead < 0xF0 ? 2 : 3;
-    if (more == 0 || source_.end - at <= more) return 0;
-    scalar = static_cast<char32_t>(lead & (0x3F >> more));
-    for (int i = 1; i <= more; ++i) {
-      if ((at[i] & 0xC0) != 0x80) return 0;
-      scalar = scalar << 6 | static_cast<char32_t>(at[i] & 0x3F);
-    }
-    const bool overlong = more == 2 ? scalar < 0x800 : more == 3 && scalar < 0x10000;
-    return overlong || unicode::isSurrogate(scalar) || scalar > 0x10FFFF ? 0 : more + 1;
-  }
-
-  static char16_t* put(char16_t* out, char32_t scalar) {
-    if (scalar > 0xFFFF) {
-      *out++ = static_cast<char16_t>(0xD7C0 + (scalar >> 10));
-      scalar = 0xDC00 | (scalar & 0x3FF);
-    }
-    *out++ = static_cast<char16_t>(scalar);
-    return out;
-  }
-
-  /// Copies three-byte sequences, the form of Hangul, kana and Han, up to what is none or needs a closer look.
-  const char* copyThreeByte(const char* at, char16_t*& out) {
-    while (source_.left(at) >= 3) {
-      const auto lead = static_cast<unsigned char>(at[0]);
-      if (lead <= 0xE0 || lead >= 0xED || (at[1] & 0xC0) != 0x80 || (at[2] & 0xC0) != 0x80) break;
-      out = scratch_.ensure(out, 1);
-      *out++ = static_cast<char16_t>((lead & 0x0F) << 12 | (at[1] & 0x3F) << 6 | (at[2] & 0x3F));
-      at += 3;
-    }
-    return at;
-  }
-
-  /// Copies what is not ASCII and single ASCII bytes between.
-  const char* copyOther(const char* at, char16_t*& out) {
-    while (true) {
-      at = copyThreeByte(at, out);
-      if (at == source_.end) return at;
-      out = scratch_.ensure(out, 2);
-      if (static_cast<unsigned char>(*at) < 0x80) {
-        if (isSpecial(*at) || startsASCII(at)) return at;
-        *out++ = static_cast<char16_t>(*at++);
-        continue;
-      }
-      char32_t scalar = 0;
-      const int length = decode(at, scalar);
-      if (length == 0) return source_.fail(at, reason::kUTF8);
-      at += length;
-      out = put(out, scalar);
-    }
-  }
-
-  /// Enough ASCII follows for it to be copied in blocks.
-  [[nodiscard]] bool startsASCII(const char* at) const {
-    if (source_.left(at) < vector::kByteLanes) return false;
-    std::uint64_t word;
-    std::memcpy(&word, at, sizeof word);
-    return (word & 0x8080808080808080) == 0;
+  /// Copies what stands for itself.
+  const char* copyRun(const char* at, char16_t*& out) {
+    const char* const stop = endOfRun(at);
+    const std::string_view run(at, static_cast<std::size_t>(stop - at));
+    out = scratch_.ensure(out, run.size() + 2);
+    const std::size_t size = unicode::utf8ToUTF16(run, out);
+    if (size == unicode::kInvalid) return source_.fail(at + unicode::wellFormedLength(run), reason::kUTF8);
+    out += size;
+    return stop;
   }
 
   const char* readUTF8(const char* at, Value* place) {
     char16_t* out = scratch_.begin();
     while (true) {
-      at = copyASCII(at, out);
-      if (!source_.isAt(at, '"')) at = copyOther(at, out);
+      at = copyRun(at, out);
       if (!at) return nullptr;
       if (source_.isAt(at, '"')) return storeScratch(at + 1, place, out);
-      if (source_.isAt(at, '\\')) {
-        out = scratch_.ensure(out, 2);
-        at = readEscape(at, out);
-        if (!at) return nullptr;
-      } else if (at == source_.end || isSpecial(*at)) {
-        return source_.unexpected(at, reason::kControl);
-      }
+      if (!source_.isAt(at, '\\')) return source_.unexpected(at, reason::kControl);
+      at = readEscape(at, out);
+      if (!at) return nullptr;
     }
   }
 

@@ -83,7 +83,7 @@ const char* copyThreeByte(const char* at, const char* end, char16_t*& out) {
 }
 
 /// Below this a call of the wide kernels costs more than it saves.
-constexpr std::size_t kWorthwhileBytes = 40;
+constexpr std::size_t kWorthwhileBytes = 12;
 /// Texts up to this are converted on the stack, so that nothing is measured first.
 constexpr std::size_t kShortUnits = 128;
 
@@ -210,6 +210,15 @@ std::size_t utf8ToUTF16(std::string_view bytes, char16_t* out) {
     if (scalar == kBadScalar) return kInvalid;
     out = writeScalar(out, scalar);
   }
+}
+
+std::size_t wellFormedLength(std::string_view bytes) {
+  const char* const end = bytes.data() + bytes.size();
+  for (const char* at = bytes.data(); at != end;) {
+    const char* const sequence = at;
+    if (decodeUTF8(at, end) == kBadScalar) return static_cast<std::size_t>(sequence - bytes.data());
+  }
+  return bytes.size();
 }
 
 std::size_t utf8ToUTF16Replacing(std::string_view bytes, char16_t* out) {

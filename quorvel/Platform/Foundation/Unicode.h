@@ -36,7 +36,9 @@ inline constexpr std::size_t kInvalid = SIZE_MAX;
 [[nodiscard]] std::size_t utf16Length(std::string_view bytes);
 /// Writes the units of `bytes` and answers their number, or `kInvalid` at the first ill-formed sequence.
 [[nodiscard]] std::size_t utf8ToUTF16(std::string_view bytes, char16_t* out);
-/// The same with U+FFFD for each maximal ill-formed piece; at most one unit a byte.
+/// Bytes before the first ill-formed sequence; all where there is none.
+[[nodiscard]] std::size_t wellFormedLength(std::string_view bytes);
+/// The same as `utf8ToUTF16` with U+FFFD for each maximal ill-formed piece; at most one unit a byte.
 [[nodiscard]] std::size_t utf8ToUTF16Replacing(std::string_view bytes, char16_t* out);
 
 /// Bytes of the text in UTF-8; an unpaired surrogate counts two bytes too few for U+FFFD, so ask `isWellFormed` first.

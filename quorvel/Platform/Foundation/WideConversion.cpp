@@ -70,6 +70,7 @@ constexpr std::array<Step, 1U << kStepBits> kSteps = [] {
 
 constexpr std::size_t kWindow = 64;
 constexpr std::size_t kStepReach = 16;  // bytes that a step loads
+constexpr std::size_t kStop = kWindow - kStepReach + 1;
 
 QUORVEL_WIDE inline void widen(__m256i bytes, char16_t* out) {
   _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), _mm256_cvtepu8_epi16(_mm256_castsi256_si128(bytes)));
@@ -125,8 +126,8 @@ inline std::size_t decodeOne(const char* at, std::size_t length, char16_t* out) 
   return length == 4 && decodePair(at, out) ? 2 : 0;
 }
 
-/// Converts what ends within the window, but for its last sequences; `well` turns false at an ill-formed one.
-QUORVEL_WIDE inline Progress convertWindow(const char* window, char16_t* const start, bool& well) {
+/// Converts the sequences that begin before `stop`, and up to three more; `well` turns false at an ill-formed one.
+QUORVEL_WIDE inline Progress convertWindow(const char* window, std::size_t stop, char16_t* const start, bool& well) {
   // Continuation bytes are -128 to -65.
   const __m256i bound = _mm256_set1_epi8(-65);
   const std::uint64_t starts = std::uint64_t{maskOf(_mm256_cmpgt_epi8(load(window), bound))} |
@@ -134,7 +135,7 @@ QUORVEL_WIDE inline Progress convertWindow(const char* window, char16_t* const s
   const std::uint64_t ends = starts >> 1;
   char16_t* out = start;
   std::size_t at = 0;
-  while (well && at <= kWindow - kStepReach) {
+  while (well && at < stop) {
     const Step step = kSteps[ends >> at & ((1U << kStepBits) - 1)];
     if (step.consumed != 0) [[likely]] {
       well = decodeFour(window + at, kLanes[step.lanes], out);
@@ -157,7 +158,7 @@ QUORVEL_WIDE Progress convertEnd(const char* bytes, std::size_t size, char16_t* 
   alignas(32) char window[kWindow] = {};
   char16_t units[kWindow + 4];
   std::memcpy(window, bytes, size);
-  const Progress all = convertWindow(window, units, well);
+  const Progress all = convertWindow(window, size < kStop ? size : kStop, units, well);
   const std::size_t zeros = all.read > size ? all.read - size : 0;
   std::memcpy(out, units, (all.written - zeros) * sizeof(char16_t));
   return {all.read - zeros, all.written - zeros};
@@ -254,7 +255,7 @@ QUORVEL_WIDE Progress utf8ToUTF16(const char* bytes, std::size_t size, char16_t*
       out += kWindow;
       continue;
     }
-    const Progress window = convertWindow(bytes + at, out, well);
+    const Progress window = convertWindow(bytes + at, kStop, out, well);
     at += window.read;
     out += window.written;
   }
