@@ -23,8 +23,9 @@ inline constexpr std::uint64_t kSortedKeys = 2;
 
 /// `JSONObjectWithData:options:error:`: a list or dictionary; a nil value for anything else. RFC 8259 strictly, one
 /// leading U+FEFF skipped, no trailing commas, no fragments, at most `limits::kJSONDepth` levels. Of repeated keys the
-/// first value stays. Integers that fit 64 bits, signed or unsigned, are integers, larger ones doubles; a number that
-/// overflows to infinity or underflows to zero, an unpaired surrogate escape and a NUL make the text invalid.
+/// first value stays. Integers that fit 64 bits, signed or unsigned, are integers ("-0" is 0), larger ones doubles; a
+/// number that overflows to infinity or underflows to zero, an unpaired surrogate escape and a NUL make the text
+/// invalid.
 [[nodiscard]] Value parse(std::string_view utf8, JSONError* error = nullptr);
 /// The same for UTF-16 text, where an unpaired surrogate unit makes it invalid too.
 [[nodiscard]] Value parse(StringView text, JSONError* error = nullptr);
