@@ -1,4 +1,4 @@
-# Install tree and `find_package(Quorvel)`, which gives applications the target Quorvel::core.
+# Install tree and `find_package(Quorvel)`, which gives applications the targets Quorvel::core and Quorvel::ui.
 include(CMakePackageConfigHelpers)
 
 set(config_dir ${CMAKE_INSTALL_LIBDIR}/cmake/Quorvel)
@@ -6,7 +6,7 @@ configure_package_config_file(cmake/QuorvelConfig.cmake.in QuorvelConfig.cmake I
 # Before 1.0 a new minor version may change what a caller sees.
 write_basic_package_version_file(QuorvelConfigVersion.cmake COMPATIBILITY SameMinorVersion)
 
-install(TARGETS quorvel-core EXPORT QuorvelTargets)
+install(TARGETS quorvel-core quorvel-ui EXPORT QuorvelTargets)
 install(DIRECTORY quorvel DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
 install(EXPORT QuorvelTargets NAMESPACE Quorvel:: DESTINATION ${config_dir})
 install(FILES ${PROJECT_BINARY_DIR}/QuorvelConfig.cmake ${PROJECT_BINARY_DIR}/QuorvelConfigVersion.cmake

@@ -40,6 +40,15 @@ inline constexpr std::size_t kResourceFileBytes = 16 * 1024 * 1024;
 /// Nesting of a property list, and objects of one in the binary form; beyond them it is nil.
 inline constexpr std::size_t kPropertyListDepth = 512;
 inline constexpr std::size_t kPropertyListObjects = 1'000'000;
+/// Pixels of a side of an image, and of a whole one.
+inline constexpr std::int64_t kImageSide = 32'767;
+inline constexpr std::int64_t kImagePixels = 100'000'000;
+/// Bytes of an image file that is read, and of the pixels that a full decode may take.
+inline constexpr std::size_t kImageFileBytes = 64 * 1024 * 1024;
+inline constexpr std::size_t kImageDecodedBytes = 256 * 1024 * 1024;
+/// Scans of a progressive picture that are decoded.
+inline constexpr int kImageScans = 100;
+
 /// UTF-16 units of the longest string.
 inline constexpr std::size_t kStringLength = UINT32_MAX;
 

@@ -1,0 +1,79 @@
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+
+#include <quorvel/Platform/CoreGraphics/CGImage.h>
+#include <quorvel/Platform/Foundation/Limits.h>
+
+namespace quorvel {
+namespace {
+
+constexpr std::size_t kAlignment = 64;
+constexpr std::size_t kPixel = 4;
+
+/// Both ends of a side in whole pixels, outwards, within 0 to `limit`.
+struct Span {
+  std::size_t start = 0;
+  std::size_t end = 0;
+
+  Span(double origin, double length, std::size_t limit) {
+    const double low = std::floor(std::min(origin, origin + length));
+    const double high = std::ceil(std::max(origin, origin + length));
+    // A comparison with NaN fails, and leaves nothing.
+    if (!(low < static_cast<double>(limit)) || !(high > 0)) return;
+    start = low > 0 ? static_cast<std::size_t>(low) : 0;
+    end = high < static_cast<double>(limit) ? static_cast<std::size_t>(high) : limit;
+  }
+};
+
+}  // namespace
+
+std::shared_ptr<CGBitmap> CGBitmap::make(std::int64_t width, std::int64_t height) {
+  if (width <= 0 || height <= 0 || width > limits::kImageSide || height > limits::kImageSide) return nullptr;
+  if (width * height > limits::kImagePixels) return nullptr;
+  const auto columns = static_cast<std::size_t>(width);
+  const auto rows = static_cast<std::size_t>(height);
+  const std::size_t bytesPerRow = (columns * kPixel + kAlignment - 1) / kAlignment * kAlignment;
+  void* data = std::aligned_alloc(kAlignment, bytesPerRow * rows);
+  if (!data) return nullptr;
+  std::memset(data, 0, bytesPerRow * rows);
+  return std::shared_ptr<CGBitmap>(new CGBitmap(columns, rows, bytesPerRow, static_cast<std::uint8_t*>(data)));
+}
+
+CGBitmap::~CGBitmap() { std::free(data_); }
+
+std::shared_ptr<CGBitmap> CGBitmap::copy() const {
+  auto result = make(static_cast<std::int64_t>(width_), static_cast<std::int64_t>(height_));
+  if (result) std::memcpy(result->data_, data_, bytesPerRow_ * height_);
+  return result;
+}
+
+CGImage CGImage::inRect(const CGRect& rectangle) const {
+  const Span columns(rectangle.x, rectangle.width, width());
+  const Span rows(rectangle.y, rectangle.height, height());
+  if (columns.start >= columns.end || rows.start >= rows.end) return {};
+  auto part = CGBitmap::make(static_cast<std::int64_t>(columns.end - columns.start),
+                             static_cast<std::int64_t>(rows.end - rows.start));
+  if (!part) return {};
+  for (std::size_t y = rows.start; y < rows.end; ++y) {
+    std::memcpy(part->row(y - rows.start), bitmap_->row(y) + columns.start * kPixel, part->width() * kPixel);
+  }
+  return CGImage(std::move(part));
+}
+
+bool CGImage::isOpaque() const {
+  for (std::size_t y = 0; y < height(); ++y) {
+    const std::uint8_t* const row = bitmap_->row(y);
+    std::uint32_t all = UINT32_MAX;
+    for (std::size_t x = 0; x < width(); ++x) {
+      std::uint32_t pixel;
+      std::memcpy(&pixel, row + x * kPixel, sizeof pixel);
+      all &= pixel;
+    }
+    if (all >> 24 != 0xFF) return false;
+  }
+  return true;
+}
+
+}  // namespace quorvel
