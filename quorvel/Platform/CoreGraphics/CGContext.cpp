@@ -1,0 +1,282 @@
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+#include <cairo.h>
+
+#include <quorvel/Platform/CoreGraphics/CGContext.h>
+
+namespace quorvel {
+namespace {
+
+struct Release {
+  void operator()(cairo_t* context) const { cairo_destroy(context); }
+  void operator()(cairo_surface_t* surface) const { cairo_surface_destroy(surface); }
+  void operator()(cairo_pattern_t* pattern) const { cairo_pattern_destroy(pattern); }
+};
+using Canvas = std::unique_ptr<cairo_t, Release>;
+using Surface = std::unique_ptr<cairo_surface_t, Release>;
+using Pattern = std::unique_ptr<cairo_pattern_t, Release>;
+
+/// A surface over pixels that outlive it. Cairo takes them for writable; those of an image are only read.
+Surface surfaceOver(const CGBitmap& bitmap) {
+  auto* data = const_cast<unsigned char*>(bitmap.data());
+  return Surface(cairo_image_surface_create_for_data(data, CAIRO_FORMAT_ARGB32, static_cast<int>(bitmap.width()),
+                                                     static_cast<int>(bitmap.height()),
+                                                     static_cast<int>(bitmap.bytesPerRow())));
+}
+
+bool isFinite(const CGRect& rectangle) {
+  return std::isfinite(rectangle.x) && std::isfinite(rectangle.y) && std::isfinite(rectangle.width) &&
+         std::isfinite(rectangle.height);
+}
+
+cairo_operator_t operatorOf(CGBlendMode mode) {
+  switch (mode) {
+    case CGBlendMode::Multiply:
+      return CAIRO_OPERATOR_MULTIPLY;
+    case CGBlendMode::SourceAtop:
+      return CAIRO_OPERATOR_ATOP;
+    case CGBlendMode::Normal:
+      break;
+  }
+  return CAIRO_OPERATOR_OVER;
+}
+
+bool isWhole(double value) { return std::abs(value - std::round(value)) < 1e-6; }
+
+/// Pixels fall on pixels: nothing to filter, and each value stays what it is.
+bool isPixelExact(const cairo_matrix_t& m) {
+  const auto isUnit = [](double value) { return std::abs(std::abs(value) - 1) < 1e-9; };
+  const bool straight = isUnit(m.xx) && isUnit(m.yy) && m.xy == 0 && m.yx == 0;
+  const bool turned = isUnit(m.xy) && isUnit(m.yx) && m.xx == 0 && m.yy == 0;
+  return (straight || turned) && isWhole(m.x0) && isWhole(m.y0);
+}
+
+/// From pixels of a stored image of the given size to the unit square of the upright picture.
+cairo_matrix_t placement(double width, double height, UIImageOrientation orientation) {
+  cairo_matrix_t m;
+  cairo_matrix_init_scale(&m, 1 / width, 1 / height);
+  cairo_matrix_t turn;
+  switch (orientation) {
+    case UIImageOrientation::Up:
+      cairo_matrix_init_identity(&turn);
+      break;
+    case UIImageOrientation::Down:
+      cairo_matrix_init(&turn, -1, 0, 0, -1, 1, 1);
+      break;
+    case UIImageOrientation::Left:  // turned a quarter against the clock
+      cairo_matrix_init(&turn, 0, -1, 1, 0, 0, 1);
+      break;
+    case UIImageOrientation::Right:  // turned a quarter with the clock
+      cairo_matrix_init(&turn, 0, 1, -1, 0, 1, 0);
+      break;
+    case UIImageOrientation::UpMirrored:
+      cairo_matrix_init(&turn, -1, 0, 0, 1, 1, 0);
+      break;
+    case UIImageOrientation::DownMirrored:
+      cairo_matrix_init(&turn, 1, 0, 0, -1, 0, 1);
+      break;
+    case UIImageOrientation::LeftMirrored:
+      cairo_matrix_init(&turn, 0, 1, 1, 0, 0, 0);
+      break;
+    case UIImageOrientation::RightMirrored:
+      cairo_matrix_init(&turn, 0, -1, -1, 0, 1, 1);
+      break;
+  }
+  cairo_matrix_multiply(&m, &m, &turn);
+  return m;
+}
+
+}  // namespace
+
+/// The cairo context keeps no state of its own between two operations, so that it can move to a copy of the bitmap when
+/// an image holds on to the one drawn so far.
+struct CGContext::Drawing {
+  struct State {
+    cairo_matrix_t transform{};
+    ColorRGBA fill{0, 0, 0, 1};
+    double alpha = 1;
+    CGBlendMode blend = CGBlendMode::Normal;
+    std::shared_ptr<cairo_surface_t> mask;  // alpha alone, as large as the bitmap
+  };
+
+  std::shared_ptr<CGBitmap> bitmap;
+  Surface surface;
+  Canvas canvas;
+  State state;
+  std::vector<State> saved;
+
+  bool attach() {
+    surface = surfaceOver(*bitmap);
+    canvas.reset(cairo_create(surface.get()));
+    return cairo_status(canvas.get()) == CAIRO_STATUS_SUCCESS;
+  }
+
+  /// The bitmap to draw into, of no image; false without memory.
+  bool own() {
+    if (bitmap.use_count() == 1) return true;
+    cairo_surface_flush(surface.get());
+    auto copy = bitmap->copy();
+    if (!copy) return false;
+    bitmap = std::move(copy);
+    return attach();
+  }
+
+  /// Calls `draw(canvas)` with the state in force; what it draws passes the mask. An error of cairo's would stop all
+  /// that follows: then a new context is made.
+  template <class Draw>
+  void paint(Draw draw) {
+    if (!own()) return;
+    cairo_t* const target = canvas.get();
+    cairo_save(target);
+    cairo_set_matrix(target, &state.transform);
+    if (state.mask) cairo_push_group(target);
+    if (!state.mask) cairo_set_operator(target, operatorOf(state.blend));
+    draw(target);
+    if (state.mask) {
+      cairo_pop_group_to_source(target);
+      cairo_identity_matrix(target);
+      cairo_set_operator(target, operatorOf(state.blend));
+      cairo_mask_surface(target, state.mask.get(), 0, 0);
+    }
+    cairo_restore(target);
+    if (cairo_status(target) != CAIRO_STATUS_SUCCESS) attach();
+    cairo_surface_mark_dirty(surface.get());
+  }
+
+  /// Draws an image whose pixels `toUser` brings into user space.
+  void paintImage(const CGImage& image, const cairo_matrix_t& toUser) {
+    paint([&](cairo_t* target) { placeImage(target, image, toUser, state.alpha); });
+  }
+  static void placeImage(cairo_t* target, const CGImage& image, const cairo_matrix_t& toUser, double alpha) {
+    const Surface pixels = surfaceOver(image.bitmap());
+    cairo_transform(target, &toUser);
+    cairo_matrix_t toDevice;
+    cairo_get_matrix(target, &toDevice);
+    cairo_set_source_surface(target, pixels.get(), 0, 0);
+    cairo_pattern_set_extend(cairo_get_source(target), CAIRO_EXTEND_PAD);
+    cairo_pattern_set_filter(cairo_get_source(target),
+                             isPixelExact(toDevice) ? CAIRO_FILTER_NEAREST : CAIRO_FILTER_GOOD);
+    cairo_rectangle(target, 0, 0, static_cast<double>(image.width()), static_cast<double>(image.height()));
+    cairo_clip(target);
+    cairo_paint_with_alpha(target, alpha);
+  }
+};
+
+namespace {
+
+/// Where `CGContextDrawImage` puts the pixels: the last row at the smaller y.
+cairo_matrix_t flippedPlacement(const CGRect& rectangle, const CGImage& image) {
+  cairo_matrix_t m;
+  cairo_matrix_init(&m, rectangle.width / static_cast<double>(image.width()), 0, 0,
+                    -rectangle.height / static_cast<double>(image.height()), rectangle.x,
+                    rectangle.y + rectangle.height);
+  return m;
+}
+
+bool canPlace(const CGRect& rectangle, const CGImage& image) {
+  return image.hasPixels() && isFinite(rectangle) && rectangle.width > 0 && rectangle.height > 0;
+}
+
+}  // namespace
+
+CGContext::CGContext(std::unique_ptr<Drawing> drawing) : drawing_(std::move(drawing)) {}
+CGContext::~CGContext() = default;
+
+std::shared_ptr<CGContext> CGContext::make(std::int64_t width, std::int64_t height, double scale) {
+  if (!(scale > 0) || !std::isfinite(scale)) return nullptr;
+  auto drawing = std::make_unique<Drawing>();
+  drawing->bitmap = CGBitmap::make(width, height);
+  if (!drawing->bitmap || !drawing->attach()) return nullptr;
+  cairo_matrix_init_scale(&drawing->state.transform, scale, scale);
+  return std::shared_ptr<CGContext>(new CGContext(std::move(drawing)));
+}
+
+void CGContext::saveGState() { drawing_->saved.push_back(drawing_->state); }
+void CGContext::restoreGState() {
+  if (drawing_->saved.empty()) return;
+  drawing_->state = std::move(drawing_->saved.back());
+  drawing_->saved.pop_back();
+}
+
+void CGContext::scaleCTM(double x, double y) { cairo_matrix_scale(&drawing_->state.transform, x, y); }
+void CGContext::translateCTM(double x, double y) { cairo_matrix_translate(&drawing_->state.transform, x, y); }
+void CGContext::setBlendMode(CGBlendMode mode) { drawing_->state.blend = mode; }
+void CGContext::setAlpha(double alpha) { drawing_->state.alpha = alpha > 0 ? std::min(alpha, 1.0) : 0; }
+void CGContext::setFillColor(const ColorRGBA& color) { drawing_->state.fill = color; }
+
+void CGContext::fillRect(const CGRect& rectangle) {
+  if (!isFinite(rectangle)) return;
+  const ColorRGBA& fill = drawing_->state.fill;
+  drawing_->paint([&](cairo_t* target) {
+    cairo_set_source_rgba(target, fill.red, fill.green, fill.blue, fill.alpha * drawing_->state.alpha);
+    cairo_rectangle(target, rectangle.x, rectangle.y, rectangle.width, rectangle.height);
+    cairo_fill(target);
+  });
+}
+
+void CGContext::drawImage(const CGRect& rectangle, const CGImage& image) {
+  if (canPlace(rectangle, image)) drawing_->paintImage(image, flippedPlacement(rectangle, image));
+}
+
+void CGContext::drawUpright(const CGRect& rectangle, const CGImage& image, UIImageOrientation orientation) {
+  if (!canPlace(rectangle, image)) return;
+  cairo_matrix_t m = placement(static_cast<double>(image.width()), static_cast<double>(image.height()), orientation);
+  cairo_matrix_t toRectangle;
+  cairo_matrix_init(&toRectangle, rectangle.width, 0, 0, rectangle.height, rectangle.x, rectangle.y);
+  cairo_matrix_multiply(&m, &m, &toRectangle);
+  drawing_->paintImage(image, m);
+}
+
+void CGContext::drawTiled(const CGRect& rectangle, const CGImage& image, const CGSize& tile) {
+  if (!canPlace(rectangle, image) || !(tile.width > 0) || !(tile.height > 0)) return;
+  drawing_->paint([&](cairo_t* target) {
+    cairo_rectangle(target, rectangle.x, rectangle.y, rectangle.width, rectangle.height);
+    cairo_clip(target);
+    cairo_translate(target, rectangle.x, rectangle.y);
+    cairo_scale(target, tile.width / static_cast<double>(image.width()),
+                tile.height / static_cast<double>(image.height()));
+    const Surface pixels = surfaceOver(image.bitmap());
+    cairo_set_source_surface(target, pixels.get(), 0, 0);
+    cairo_pattern_set_extend(cairo_get_source(target), CAIRO_EXTEND_REPEAT);
+    cairo_paint_with_alpha(target, drawing_->state.alpha);
+  });
+}
+
+void CGContext::clipToMask(const CGRect& rectangle, const CGImage& mask) {
+  Drawing::State& state = drawing_->state;
+  const Surface alpha(
+      cairo_image_surface_create(CAIRO_FORMAT_A8, static_cast<int>(width()), static_cast<int>(height())));
+  const Canvas canvas(cairo_create(alpha.get()));
+  cairo_set_matrix(canvas.get(), &state.transform);
+  if (canPlace(rectangle, mask)) {
+    Drawing::placeImage(canvas.get(), mask, flippedPlacement(rectangle, mask), 1);
+  }
+  if (state.mask) {
+    cairo_reset_clip(canvas.get());
+    cairo_identity_matrix(canvas.get());
+    cairo_set_operator(canvas.get(), CAIRO_OPERATOR_DEST_IN);
+    cairo_set_source_surface(canvas.get(), state.mask.get(), 0, 0);
+    cairo_paint(canvas.get());
+  }
+  cairo_surface_flush(alpha.get());
+  state.mask = std::shared_ptr<cairo_surface_t>(cairo_surface_reference(alpha.get()), Release());
+}
+
+CGImage CGContext::image() {
+  cairo_surface_flush(drawing_->surface.get());
+  return CGImage(drawing_->bitmap);
+}
+
+CGBitmap* CGContext::pixels() {
+  if (!drawing_->own()) return nullptr;
+  cairo_surface_flush(drawing_->surface.get());
+  cairo_surface_mark_dirty(drawing_->surface.get());
+  return drawing_->bitmap.get();
+}
+
+std::size_t CGContext::width() const { return drawing_->bitmap->width(); }
+std::size_t CGContext::height() const { return drawing_->bitmap->height(); }
+
+}  // namespace quorvel
