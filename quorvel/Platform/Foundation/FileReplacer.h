@@ -13,9 +13,8 @@
 namespace quorvel {
 
 struct FileReplacement {
-  /// What a symbolic link at the path means: refused (ELOOP) where the library names the path itself; followed to the
-  /// file that it names, the link kept, where the user names it.
-  enum class Links : std::uint8_t { Refused, Followed };
+  /// A link that is followed stays; the file that it names is replaced.
+  using Links = files::Links;
   /// What the new file takes over from a file that is there: nothing; or mode (without set-user and set-group bits),
   /// owner, extended attributes and the nodump flag. What vouches for the old bytes is never taken over
   /// (security.capability, security.ima, security.evm).

@@ -26,7 +26,7 @@ namespace {
 
 constexpr mode_t kPrivateFolder = 0700;
 constexpr mode_t kPrivateFile = 0600;
-constexpr int kNothingFollowed = O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY;
+constexpr int kNeverWaits = O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
 
 void report(FileError* error, int number) {
   if (error) error->number = number;
@@ -52,12 +52,13 @@ int openRetrying(int folder, const char* name, int flags, mode_t mode = 0) {
   return descriptor;
 }
 
-FileDescriptor openRegularAt(int folder, const char* name, int access, FileError* error) {
+FileDescriptor openRegularAt(int folder, const char* name, int access, Links links, FileError* error) {
+  const bool isFollowed = links == Links::Followed;
   struct stat status{};
   // Looked at before it is opened, because opening a device may already do something.
-  if (::fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) != 0) return fail(error, errno);
+  if (::fstatat(folder, name, &status, isFollowed ? 0 : AT_SYMLINK_NOFOLLOW) != 0) return fail(error, errno);
   if (const int number = refusal(status.st_mode)) return fail(error, number);
-  FileDescriptor file(openRetrying(folder, name, access | kNothingFollowed));
+  FileDescriptor file(openRetrying(folder, name, access | kNeverWaits | (isFollowed ? 0 : O_NOFOLLOW)));
   if (!file.isOpen() || ::fstat(file.number(), &status) != 0) return fail(error, errno);
   if (const int number = refusal(status.st_mode)) return fail(error, number);
   return file;
@@ -71,23 +72,28 @@ int makeFolders(const std::string& path) {
   return ::mkdir(path.c_str(), kPrivateFolder) == 0 || errno == EEXIST ? 0 : errno;
 }
 
-FileDescriptor openPrivateFolderAt(const FileDescriptor& parent, const std::string& name, FileError* error) {
-  if (::mkdirat(parent.number(), name.c_str(), kPrivateFolder) != 0 && errno != EEXIST) return fail(error, errno);
+FileDescriptor openPrivateFolderAt(const FileDescriptor& parent, const std::string& name, Missing missing,
+                                   FileError* error) {
+  const bool isMade = missing == Missing::Made;
+  if (isMade && ::mkdirat(parent.number(), name.c_str(), kPrivateFolder) != 0 && errno != EEXIST) {
+    return fail(error, errno);
+  }
   FileDescriptor folder(openRetrying(parent.number(), name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NOFOLLOW));
   struct stat status{};
   if (!folder.isOpen() || ::fstat(folder.number(), &status) != 0) return fail(error, errno);
   if (status.st_uid != ::geteuid()) return fail(error, EPERM);
   const bool isPrivate = (status.st_mode & 07777) == kPrivateFolder;
-  if (!isPrivate && ::fchmod(folder.number(), kPrivateFolder) != 0) return fail(error, errno);
+  if (isMade && !isPrivate && ::fchmod(folder.number(), kPrivateFolder) != 0) return fail(error, errno);
   return folder;
 }
 
 FileDescriptor openLockFile(const FileDescriptor& folder, const char* name, FileError* error) {
-  FileDescriptor made(openRetrying(folder.number(), name, O_RDWR | O_CREAT | O_EXCL | kNothingFollowed, kPrivateFile));
+  FileDescriptor made(
+      openRetrying(folder.number(), name, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | kNeverWaits, kPrivateFile));
   if (made.isOpen() && ::fchmod(made.number(), kPrivateFile) != 0) return fail(error, errno);
   if (made.isOpen()) return made;
   if (errno != EEXIST) return fail(error, errno);
-  return openRegularAt(folder.number(), name, O_RDONLY, error);
+  return openRegularAt(folder.number(), name, O_RDONLY, Links::Refused, error);
 }
 
 }  // namespace
@@ -99,11 +105,11 @@ FileDescriptor openFolder(const std::string& path, FileError* error) {
 }
 
 FileDescriptor openRegularFile(const FileDescriptor& folder, const std::string& name, FileError* error) {
-  return openRegularAt(folder.number(), name.c_str(), O_RDONLY, error);
+  return openRegularAt(folder.number(), name.c_str(), O_RDONLY, Links::Refused, error);
 }
 
-FileDescriptor openRegularFile(const std::string& path, FileError* error) {
-  return openRegularAt(AT_FDCWD, path.c_str(), O_RDONLY, error);
+FileDescriptor openRegularFile(const std::string& path, Links links, FileError* error) {
+  return openRegularAt(AT_FDCWD, path.c_str(), O_RDONLY, links, error);
 }
 
 std::optional<std::string> readAll(const FileDescriptor& file, std::size_t limit, FileError* error) {
@@ -123,12 +129,14 @@ std::optional<std::string> readAll(const FileDescriptor& file, std::size_t limit
   return nil;
 }
 
-FileDescriptor openPrivateFolder(const std::string& base, std::initializer_list<std::string> names, FileError* error) {
+FileDescriptor openPrivateFolder(const std::string& base, const std::vector<std::string>& names, Missing missing,
+                                 FileError* error) {
   if (base.empty()) return fail(error, ENOENT);
-  if (const int number = makeFolders(base)) return fail(error, number);
+  const int failure = missing == Missing::Made ? makeFolders(base) : 0;
+  if (failure) return fail(error, failure);
   FileDescriptor folder = openFolder(base, error);
   for (const std::string& name : names) {
-    if (folder.isOpen()) folder = openPrivateFolderAt(folder, name, error);
+    if (folder.isOpen()) folder = openPrivateFolderAt(folder, name, missing, error);
   }
   return folder;
 }

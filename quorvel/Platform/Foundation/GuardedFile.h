@@ -5,6 +5,7 @@
 
 #include <string>
 #include <utility>
+#include <vector>
 
 #include <quorvel/Platform/Foundation/FileError.h>
 
@@ -31,6 +32,13 @@ class FileDescriptor {
 
 namespace files {
 
+/// What a symbolic link at a path means: refused (ELOOP) where the library names the path itself, followed where the
+/// user does.
+enum class Links : std::uint8_t { Refused, Followed };
+
+/// Whether a folder that is missing is made or refused (ENOENT).
+enum class Missing : std::uint8_t { Made, Refused };
+
 // Each of these answers a closed descriptor or nil on failure, and why in `error` (nullptr: not asked for).
 
 /// A folder, for the calls that name what is in it. Links are followed.
@@ -41,18 +49,18 @@ namespace files {
 [[nodiscard]] FileDescriptor openRegularFile(const FileDescriptor& folder, const std::string& name,
                                              FileError* error = nullptr);
 /// The same of a path; links in front of its last component are followed.
-[[nodiscard]] FileDescriptor openRegularFile(const std::string& path, FileError* error = nullptr);
+[[nodiscard]] FileDescriptor openRegularFile(const std::string& path, Links links, FileError* error = nullptr);
 
 /// All bytes from the start of the descriptor; EFBIG beyond `limit`.
 [[nodiscard]] std::optional<std::string> readAll(const FileDescriptor& file, std::size_t limit,
                                                  FileError* error = nullptr);
 
-/// The folder `base`/`names`..., each of `names` made with mode 0700 where it is missing and brought to 0700 where it
-/// is not. A symbolic link or anything but a folder among `names` is refused, a folder of another user is EPERM.
-/// `base` is made with mode 0700 too where it is missing, but links are followed and modes left alone up to there.
-/// An empty `base` is ENOENT.
-[[nodiscard]] FileDescriptor openPrivateFolder(const std::string& base, std::initializer_list<std::string> names,
-                                               FileError* error = nullptr);
+/// The folder `base`/`names`..., each of `names` made with mode 0700 and brought to 0700 where it has another. A
+/// symbolic link or anything but a folder among `names` is refused, a folder of another user is EPERM. `base` is made
+/// with mode 0700 too, but links are followed and modes left alone up to there; an empty `base` is ENOENT. With
+/// `Missing::Refused` nothing is made or changed.
+[[nodiscard]] FileDescriptor openPrivateFolder(const std::string& base, const std::vector<std::string>& names,
+                                               Missing missing, FileError* error = nullptr);
 
 /// An exclusive lock between threads and processes, on the file `name` in the folder (made with mode 0600 if missing),
 /// until the descriptor closes; the system gives it up when a process dies. ETIMEDOUT after `limits::kLockTime`.
