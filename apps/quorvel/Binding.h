@@ -182,4 +182,10 @@ consteval Operation op(std::string_view family, std::string_view name, std::stri
           &detail::Invocation<Function, typename Type::Result, Parameters>::call};
 }
 
+/// The row of an operation on files or on the device.
+consteval Operation onDevice(Operation operation) {
+  operation.isOnDevice = true;
+  return operation;
+}
+
 }  // namespace quorvel::command

@@ -2,6 +2,7 @@
 #include <array>
 #include <cstdio>
 
+#include <apps/quorvel/Backup.h>
 #include <apps/quorvel/Help.h>
 #include <apps/quorvel/Operation.h>
 #include <apps/quorvel/Search.h>
@@ -16,6 +17,7 @@ const char kUsage[] =
     "  search --reply FILE --text TERM   find and highlight messages in a reply\n"
     "  call FAMILY OPERATION ARG...      call an operation; arguments are JSON, the receiver first\n"
     "  call --batch                      call an operation for each line of standard input\n"
+    "  backup list DIR                   what is excluded from backups, as backup tools take it\n"
     "  list [--family FAMILY]            all operations with their C++ signatures\n"
     "  help [NAME]                       an operation, a family or a command\n"
     "  --version                         the library's version\n";
@@ -66,7 +68,8 @@ struct CommandText {
   std::string_view name;
   const char* text;
 };
-constexpr CommandText kCommands[] = {{"call", kCallUsage}, {"list", kListUsage}, {"help", kHelpUsage}};
+const CommandText kCommands[] = {
+    {"call", kCallUsage}, {"list", kListUsage}, {"help", kHelpUsage}, {"backup", kBackupUsage}};
 
 bool isNamed(const Operation& operation, std::string_view name) {
   return operation.name == name || operation.family == name || operation.function == name ||
@@ -75,12 +78,13 @@ bool isNamed(const Operation& operation, std::string_view name) {
 
 std::string jsonText(const Value& json) { return NSJSONSerialization::writeFragmentUTF8(json, 0).value_or(""); }
 
-/// The example as a shell would call it, and what it answers.
+/// The example as a shell would call it, and what it answers; help changes no file and asks no device.
 std::string exampleText(const Operation& operation) {
   const Value parsed = NSJSONSerialization::parseFragment(operation.example);
   const List arguments = parsed.asList() ? *parsed.asList() : List();
   std::string words = joined({shellWord(operation.family), " ", shellWord(operation.name)});
   for (const Value& argument : arguments) words.append(" ").append(shellWord(jsonText(argument)));
+  if (operation.isOnDevice) return joined({"  quorvel call ", words, "\n"});
   std::string error;
   const auto result = operation.invoke(operation, {arguments.begin(), arguments.size()}, error);
   return joined({"  quorvel call ", words, "\n    -> ", result ? jsonText(*result) : error, "\n"});

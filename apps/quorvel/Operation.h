@@ -25,6 +25,10 @@ struct Operation {
   std::string (*signature)(const Operation& operation);
   /// The result of JSON arguments as a JSON value; nothing, and why in `error`, when they do not fit.
   std::optional<Value> (*invoke)(const Operation& operation, std::span<const Value> arguments, std::string& error);
+
+  /// It reads or changes files or asks the device, so that it is called only when the user asks for that, and may
+  /// answer otherwise the next time.
+  bool isOnDevice = false;
 };
 
 /// The C++ name without the class or namespace: of the function, else the name's first word.

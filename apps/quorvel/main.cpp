@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include <apps/quorvel/Backup.h>
 #include <apps/quorvel/Call.h>
 #include <apps/quorvel/Help.h>
 #include <apps/quorvel/Search.h>
@@ -13,6 +14,7 @@
 namespace {
 
 using quorvel::command::kUsage;
+using quorvel::command::runBackup;
 using quorvel::command::runCall;
 using quorvel::command::runHelp;
 using quorvel::command::runList;
@@ -30,8 +32,13 @@ struct Command {
 };
 
 constexpr Command kCommands[] = {
-    {"search", runSearch}, {"call", runCall},         {"list", runList},
-    {"help", runHelp},     {"--version", runVersion}, {"--help", [](Words) { return runHelp({}); }},
+    {"search", runSearch},
+    {"call", runCall},
+    {"list", runList},
+    {"backup", runBackup},
+    {"help", runHelp},
+    {"--version", runVersion},
+    {"--help", [](Words) { return runHelp({}); }},
 };
 
 /// `quorvel call --help` is `quorvel help call`.

@@ -21,12 +21,13 @@ std::span<const Operation> localeOperations();
 std::span<const Operation> durationOperations();
 std::span<const Operation> textSearchOperations();
 std::span<const Operation> colorOperations();
+std::span<const Operation> deviceOperations();
 
 inline constexpr std::span<const Operation> (*kTopics[])() = {
     textOperations,  fileNameOperations,        cleaningOperations,   highlightingOperations, recordOperations,
     listOperations,  percentEncodingOperations, queryOperations,      jsonOperations,         digestOperations,
     sizeOperations,  durationOperations,        textSearchOperations, versionOperations,      localeOperations,
-    colorOperations,
+    colorOperations, deviceOperations,
 };
 
 }  // namespace quorvel::command

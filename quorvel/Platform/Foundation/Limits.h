@@ -49,6 +49,10 @@ inline constexpr std::size_t kImageDecodedBytes = 256 * 1024 * 1024;
 /// Scans of a progressive picture that are decoded.
 inline constexpr int kImageScans = 100;
 
+/// Bytes of a store that the library keeps as one JSON file (defaults, cookies); a change beyond it is refused.
+inline constexpr std::size_t kStoreFileBytes = 16 * 1024 * 1024;
+/// Time that a change of such a store waits for another process, then it is refused.
+inline constexpr std::chrono::milliseconds kLockTime{10'000};
 /// UTF-16 units of the longest string.
 inline constexpr std::size_t kStringLength = UINT32_MAX;
 

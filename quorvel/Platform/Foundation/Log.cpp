@@ -21,7 +21,13 @@ void logToStandardError(LogLevel level, std::string_view line) {
 }
 
 void log(LogLevel level, std::string_view line) {
-  if (LogSink sink = currentSink.load()) sink(level, line);
+  const LogSink sink = currentSink.load();
+  if (!sink) return;
+  if (line.find_first_of("\r\n") == line.npos) return sink(level, line);
+  // A name from outside must not look like a line of its own.
+  std::string single(line);
+  for (char& byte : single) byte = byte == '\r' || byte == '\n' ? ' ' : byte;
+  sink(level, single);
 }
 
 void contractBroken(const char* operation, const char* broken) {

@@ -16,6 +16,7 @@ LogSink setLogSink(LogSink sink);
 /// A sink that writes to standard error, for programs that want it.
 void logToStandardError(LogLevel level, std::string_view line);
 
+/// Line breaks in `line` become spaces.
 void log(LogLevel level, std::string_view line);
 
 /// Ends the program with a message when a caller broke the contract of `operation`. Stays in release builds;

@@ -1,5 +1,7 @@
 #include <algorithm>
 
+#include <unistd.h>
+
 #include <quorvel/Platform/Foundation/NSURL.h>
 #include <quorvel/Platform/Foundation/PathOperations.h>
 #include <quorvel/Platform/Foundation/PercentEncoding.h>
@@ -77,6 +79,12 @@ String withBracketsEncoded(StringView text) {
   return out.finish();
 }
 
+/// The working folder with a slash at its end; nil when it has no name that is text.
+std::optional<String> workingFolder() {
+  char path[4096];
+  return ::getcwd(path, sizeof path) ? String::fromUTF8(std::string(path) + "/") : nil;
+}
+
 /// The path without its last segment; `path` is not empty.
 String deletingLastSegment(StringView path) {
   const bool endsInSlash = path.back() == u'/';
@@ -110,7 +118,33 @@ std::optional<NSURL> NSURL::withString(StringView text) {
   return NSURL(hasBrackets ? withBracketsEncoded(text) : String(text));
 }
 
+std::optional<NSURL> NSURL::fileURLWithPath(StringView path) {
+  if (path.isEmpty() || path.units().find(u'\0') != std::u16string_view::npos) return nil;
+  const std::optional<String> folder = path.front() == u'/' ? String() : workingFolder();
+  if (!folder) return nil;
+  StringBuilder whole;
+  whole.append(*folder);
+  whole.append(path);
+  constexpr PercentAllowed kPath =
+      PercentAllowed::only("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~/!$&'()*+,=:@");
+  const std::optional<String> encoded = addingPercentEncoding(whole.finish(), kPath);
+  if (!encoded) return nil;
+  StringBuilder text;
+  text.append(u"file://");
+  text.append(*encoded);
+  return NSURL(text.finish());
+}
+
 StringView NSURL::scheme() const { return schemeSize_ ? StringView(text_).sub(0, schemeSize_) : StringView(nil); }
+
+StringView NSURL::host() const {
+  const Place place = authority(text_, schemeSize_);
+  if (place.from == (schemeSize_ ? schemeSize_ + 1 : 0)) return nil;
+  const Place inner = quorvel::host(text_, place);
+  const StringView text = StringView(text_).sub(inner.from, inner.to - inner.from);
+  const std::size_t colon = text.units().find_last_of(u":]");
+  return colon == std::u16string_view::npos || text[colon] == u']' ? text : text.sub(0, colon);
+}
 
 StringView NSURL::encodedPath() const { return StringView(text_).sub(pathStart_, pathEnd_ - pathStart_); }
 

@@ -1,5 +1,6 @@
 // NSURL: a URL or relative reference as text that was checked, and its parts (RFC 3986, section 3).
-// Not here: links in free text (NSDataDetector.h), percent coding (PercentEncoding.h), resource values of files.
+// Not here: links in free text (NSDataDetector.h), percent coding (PercentEncoding.h), resource values of
+// files (NSURLResourceValues.h).
 #pragma once
 
 #include <quorvel/Platform/Foundation/Value.h>
@@ -14,10 +15,17 @@ class NSURL {
   /// "#". Relative references are accepted; schemes are not looked at.
   [[nodiscard]] static std::optional<NSURL> withString(StringView text);
 
+  /// `fileURLWithPath:`: "file://" and the path, percent-encoded; a relative path is taken from the working folder. nil
+  /// for a nil or empty path and for one with a NUL or an unpaired surrogate.
+  [[nodiscard]] static std::optional<NSURL> fileURLWithPath(StringView path);
+
   /// `absoluteString`: the text, with brackets outside the host as %5B and %5D.
   [[nodiscard]] const String& absoluteString() const { return text_; }
   /// `scheme`, its case as it stands; nil when there is none. A view into the URL.
   [[nodiscard]] StringView scheme() const;
+  /// `host`: the authority without user information and port, as it stands; nil when there is none. A view into the
+  /// URL.
+  [[nodiscard]] StringView host() const;
   /// `path`: percent escapes undone, without a slash at its end unless it is "/". Empty when there is none; nil when
   /// the escapes are not UTF-8.
   [[nodiscard]] std::optional<String> path() const;

@@ -1,3 +1,5 @@
+#include <filesystem>
+
 #include <gtest/gtest.h>
 
 #include <quorvel/Platform/Foundation/NSURL.h>
@@ -90,6 +92,44 @@ TEST(NSURL, DeletesTheLastPathComponent) {
     ASSERT_TRUE(url) << String(std::u16string(text));
     EXPECT_EQ(url->byDeletingLastPathComponent().absoluteString(), String(std::u16string(expected)));
   }
+}
+
+struct HostRow {
+  const char16_t* text;
+  const char16_t* host;  // nullptr for none
+  const char* why;
+};
+
+TEST(NSURL, HostsAreWithoutUserAndPort) {
+  const HostRow rows[] = {
+      {u"http://H.kr/x", u"H.kr", "case stays"},        {u"http://u:p@h:80", u"h", "user, password, port"},
+      {u"http://a@b@h/", u"h", "the last at sign"},     {u"http://[::1]", u"[::1]", "the colons of an address"},
+      {u"http://[::1]:8/", u"[::1]", "and a port"},     {u"//h:/x", u"h", "no scheme, an empty port"},
+      {u"file:///x", u"", "an empty authority"},        {u"file://", u"", "nothing behind it"},
+      {u"mailto:a@b", nullptr, "no authority"},         {u"a//b", nullptr, "slashes in a path"},
+      {u"http://h?a@b:1/", u"h", "a query is no host"},
+  };
+  for (const auto& [text, host, why] : rows) {
+    const auto url = NSURL::withString(std::u16string_view(text));
+    ASSERT_TRUE(url) << why;
+    EXPECT_TRUE(url->host() == (host ? StringView(std::u16string_view(host)) : StringView(nil))) << why;
+  }
+}
+
+TEST(NSURL, FilePathsComeBack) {
+  for (const char16_t* path : {u"/", u"/a b/한글%20#?;[x]", u"//a", u"/\U0001F600\n"}) {
+    const auto url = NSURL::fileURLWithPath(std::u16string_view(path));
+    ASSERT_TRUE(url) << String(std::u16string(path));
+    EXPECT_EQ(url->path(), String(std::u16string(path)));
+    EXPECT_TRUE(url->scheme() == u"file");
+    EXPECT_EQ(NSURL::withString(url->absoluteString()), url) << "nothing in it that a URL may not hold";
+  }
+  EXPECT_EQ(NSURL::fileURLWithPath(u"/a/")->path(), u"/a");
+  EXPECT_EQ(NSURL::fileURLWithPath(u"b")->path(), String::fromUTF8(std::filesystem::current_path().string() + "/b"));
+  EXPECT_FALSE(NSURL::fileURLWithPath(nil));
+  EXPECT_FALSE(NSURL::fileURLWithPath(u""));
+  EXPECT_FALSE(NSURL::fileURLWithPath(u"/\xD800"));
+  EXPECT_FALSE(NSURL::fileURLWithPath(std::u16string_view(u"/a\0b", 4)));
 }
 
 }  // namespace

@@ -7,13 +7,30 @@
 #include <apps/quorvel/Operation.h>
 #include <gtest/gtest.h>
 #include <tests/support/Command.h>
+#include <tests/support/TemporaryFolder.h>
 
+#include <quorvel/Platform/Foundation/NSHTTPCookieStorage.h>
 #include <quorvel/Platform/Foundation/NSJSONSerialization.h>
 
 namespace quorvel::command {
 namespace {
 
 using Names = std::set<std::pair<std::string, std::string>>;
+
+/// Operations on files and the device get a home folder of their own.
+class OwnHome {
+ public:
+  OwnHome() { NSHTTPCookieStorage::setShared(NSHTTPCookieStorage::at(folder_.path("cookies"))); }
+  OwnHome(const OwnHome&) = delete;
+  OwnHome& operator=(const OwnHome&) = delete;
+  ~OwnHome() { NSHTTPCookieStorage::setShared(before_); }
+
+ private:
+  test::TemporaryFolder folder_;
+  test::Environment home_{"HOME", folder_.path()};
+  test::Environment configuration_{"XDG_CONFIG_HOME", folder_.path("config")};
+  NSHTTPCookieStorage before_ = NSHTTPCookieStorage::shared();
+};
 
 Value parsed(std::string_view json) { return NSJSONSerialization::parseFragment(json); }
 
@@ -55,6 +72,7 @@ TEST(Operations, TheTableHasEveryNameOnceAndNoOther) {
 }
 
 TEST(Operations, EveryExampleAnswersAResult) {
+  const OwnHome home;
   for (const Operation& operation : allOperations()) {
     const Value arguments = parsed(operation.example);
     ASSERT_TRUE(arguments.isList()) << operation.family << " " << operation.name;
@@ -64,6 +82,7 @@ TEST(Operations, EveryExampleAnswersAResult) {
 }
 
 TEST(Operations, WrongArgumentsAreAnErrorThatNamesTheOperation) {
+  const OwnHome home;
   for (const char* json : {"null", "true", "-1", "2.5", R"("")", "[]", R"([[1]])", "{}", R"({"$data":"AA=="})"}) {
     for (const Operation& operation : allOperations()) {
       const std::size_t count = parameterNames(operation).size();
@@ -77,6 +96,7 @@ TEST(Operations, WrongArgumentsAreAnErrorThatNamesTheOperation) {
 }
 
 TEST(Operations, TheNumberOfArgumentsIsChecked) {
+  const OwnHome home;
   for (const Operation& operation : allOperations()) {
     if (operation.name.starts_with("localizedFormat")) continue;  // takes any number
     List arguments = *parsed(operation.example).asList();
