@@ -49,6 +49,9 @@ inline constexpr std::size_t kImageDecodedBytes = 256 * 1024 * 1024;
 /// Scans of a progressive picture that are decoded.
 inline constexpr int kImageScans = 100;
 
+/// Bytes of a keychain item's value, and bytes of all its attributes together; more is a bad parameter.
+inline constexpr std::size_t kKeychainValueBytes = 16 * 1024 * 1024;
+inline constexpr std::size_t kKeychainAttributeBytes = 1024 * 1024;
 /// UTF-16 units of the longest string.
 inline constexpr std::size_t kStringLength = UINT32_MAX;
 
