@@ -175,6 +175,8 @@ bool KeyedDigest::digest(ConstBytes bytes, Bytes& out) {
 bool deriveKey(ConstBytes from, ConstBytes salt, std::string_view purpose, std::span<std::uint8_t> key) {
   const DerivationContext context(EVP_KDF_CTX_new(algorithms().hkdf));
   char digest[] = "SHA256";
+  constexpr std::uint8_t kNoSalt[32] = {};  // what the standard takes for an absent one
+  if (salt.empty()) salt = kNoSalt;
   // The parameters take pointers that may be written through; derivation only reads them.
   const auto octets = [](const char* name, const void* bytes, std::size_t size) {
     return OSSL_PARAM_construct_octet_string(name, const_cast<void*>(bytes), size);
