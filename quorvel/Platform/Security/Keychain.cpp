@@ -13,6 +13,7 @@ namespace quorvel {
 namespace {
 
 constexpr std::size_t kOwnComponentsByDefault = 2;  // quorvel/keychain
+constexpr std::chrono::milliseconds kLookEvery{50};
 
 struct Program {
   std::mutex mutex;
@@ -20,6 +21,7 @@ struct Program {
   SecretBytes handedIn;
   KeychainPlace place;  // as of the open session
   std::unique_ptr<KeychainSession> session;
+  Deadline lookAgain;  // whether the session's file is still at its path
   /// In a child of a process whose keychain was open: its locks are not the child's.
   std::atomic<bool> isLost{false};
 };
@@ -79,29 +81,21 @@ void choosePlace(const KeychainConfiguration& configuration, KeychainPlace& plac
   if (!group.isNil()) place.groups.emplace_back(group);
 }
 
-OSStatus opened(Program& own, KeychainSession::IfMissing ifMissing, KeyState& state) {
-  if (own.session && own.session->isCurrent()) return errSecSuccess;
+bool isCurrent(Program& own, Purpose purpose) {
+  if (!own.session) return false;
+  const auto now = std::chrono::steady_clock::now();
+  if (purpose == Purpose::Read && now < own.lookAgain) return true;
+  own.lookAgain = now + kLookEvery;
+  return own.session->isCurrent();
+}
+
+OSStatus opened(Program& own, Purpose purpose) {
+  if (isCurrent(own, purpose)) return errSecSuccess;
   own.session.reset();
   choosePlace(own.configuration, own.place);
   own.place.handedIn = SecretBytes(own.handedIn.bytes());
-  return KeychainSession::open(own.place, ifMissing, own.session, state);
-}
-
-/// Opens, runs and maps what is thrown. A session that says the store is not available is not trusted any further.
-template <class Work>
-OSStatus run(KeychainSession::IfMissing ifMissing, KeyState& state, Work work) {
-  Program& own = program();
-  if (own.isLost) return errSecNotAvailable;
-  const std::lock_guard lock(own.mutex);
-  OSStatus status = errSecAllocate;
-  try {
-    status = opened(own, ifMissing, state);
-    if (status == errSecSuccess) status = work(*own.session);
-  } catch (const std::bad_alloc&) {
-    status = errSecAllocate;
-  }
-  if (status == errSecNotAvailable || status == errSecAllocate || status == errSecIO) own.session.reset();
-  return status;
+  KeyState state = KeyState::Missing;
+  return KeychainSession::open(own.place, KeychainSession::IfMissing::Create, own.session, state);
 }
 
 /// A session of its own that sees all groups. The program's is closed first.
@@ -140,9 +134,20 @@ OSStatus changeMaster(std::optional<KeySource> to, const Data& masterKey) {
 
 }  // namespace
 
-OSStatus withKeychain(FunctionView<OSStatus(KeychainSession&)> work) {
-  KeyState state = KeyState::Missing;
-  return run(KeychainSession::IfMissing::Create, state, work);
+OSStatus withKeychain(Purpose purpose, FunctionView<OSStatus(KeychainSession&)> work) {
+  Program& own = program();
+  if (own.isLost) return errSecNotAvailable;
+  const std::lock_guard lock(own.mutex);
+  OSStatus status = errSecAllocate;
+  try {
+    status = opened(own, purpose);
+    if (status == errSecSuccess) status = work(*own.session);
+  } catch (const std::bad_alloc&) {
+    status = errSecAllocate;
+  }
+  // What has failed so is not trusted any further; the next operation opens it anew.
+  if (status == errSecNotAvailable || status == errSecAllocate || status == errSecIO) own.session.reset();
+  return status;
 }
 
 void Keychain::configure(const KeychainConfiguration& configuration) {

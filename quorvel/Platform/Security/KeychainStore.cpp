@@ -91,6 +91,7 @@ class KeychainStore::Connection {
     path_ = path;
     return run(
         "PRAGMA cell_size_check=ON; PRAGMA temp_store=MEMORY; PRAGMA secure_delete=ON; PRAGMA mmap_size=0;"
+        "PRAGMA cache_size=-16384;"
         "PRAGMA synchronous=FULL");
   }
 

@@ -123,7 +123,7 @@ OSStatus SecItemAdd(const Dictionary& attributes, Value* result) {
   return guarded([&]() -> OSStatus {
     Request request;
     if (!read(attributes, request) || !request.hasClass || !request.value) return errSecParam;
-    return withKeychain([&](KeychainSession& keychain) -> OSStatus {
+    return withKeychain(Purpose::Change, [&](KeychainSession& keychain) -> OSStatus {
       const ItemQuery& given = request.query;
       const StringView group = given.group.isNil() ? keychain.defaultGroup() : given.group;
       if (group.isNil()) return errSecMissingEntitlement;
@@ -149,7 +149,7 @@ OSStatus SecItemCopyMatching(const Dictionary& query, Value* result) {
     if (!readQuery(query, request)) return errSecParam;
     Value answer;
     const OSStatus status =
-        withKeychain([&](KeychainSession& keychain) { return copyMatching(keychain, request, answer); });
+        withKeychain(Purpose::Read, [&](KeychainSession& keychain) { return copyMatching(keychain, request, answer); });
     if (status == errSecSuccess && result) *result = std::move(answer);
     return status;
   });
@@ -164,7 +164,7 @@ OSStatus SecItemUpdate(const Dictionary& query, const Dictionary& changes) {
       return errSecParam;
     }
     const ItemQuery& to = change.query;
-    return withKeychain([&](KeychainSession& keychain) {
+    return withKeychain(Purpose::Change, [&](KeychainSession& keychain) {
       return keychain.update(request.query,
                              {to.service, to.account, to.group, to.generic, to.accessible, change.value});
     });
@@ -175,7 +175,7 @@ OSStatus SecItemDelete(const Dictionary& query) {
   return guarded([&]() -> OSStatus {
     Request request;
     if (!readQuery(query, request)) return errSecParam;
-    return withKeychain([&](KeychainSession& keychain) { return keychain.remove(request.query); });
+    return withKeychain(Purpose::Change, [&](KeychainSession& keychain) { return keychain.remove(request.query); });
   });
 }
 
