@@ -98,11 +98,11 @@ void EncodedAttributes::encode(const AttributesView& attributes) {
   std::copy(attributes.generic.begin(), attributes.generic.end(), reinterpret_cast<std::uint8_t*>(&units_[0] + start));
 }
 
-std::uint8_t* EncodedAttributes::roomFor(std::size_t bytes) {
-  if (bytes == 0 || bytes % sizeof(char16_t) != 0) return nullptr;
-  units_.resize(bytes / sizeof(char16_t));
-  identitySize_ = 0;
-  return reinterpret_cast<std::uint8_t*>(units_.data());
+std::optional<AttributesView> EncodedAttributes::decode(std::span<const std::uint8_t> bytes) {
+  if (bytes.size() % sizeof(char16_t) != 0) return std::nullopt;
+  units_.resize(bytes.size() / sizeof(char16_t));
+  std::copy(bytes.begin(), bytes.end(), reinterpret_cast<std::uint8_t*>(units_.data()));
+  return decode();
 }
 
 std::optional<AttributesView> EncodedAttributes::decode() {

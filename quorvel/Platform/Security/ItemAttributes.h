@@ -47,14 +47,12 @@ class EncodedAttributes {
   void encode(const AttributesView& attributes);
   /// The identity alone, as a lookup needs it.
   void encodeIdentity(StringView service, StringView account, StringView group);
-  /// Room for an encoded form that comes from elsewhere; nullptr when `bytes` is no size of one. `decode` must follow.
-  [[nodiscard]] std::uint8_t* roomFor(std::size_t bytes);
   /// The attributes, held by this object; nothing when the bytes are no encoded form.
+  [[nodiscard]] std::optional<AttributesView> decode(std::span<const std::uint8_t> bytes);
+  /// The same of what it holds.
   [[nodiscard]] std::optional<AttributesView> decode();
 
   [[nodiscard]] std::span<const std::uint8_t> identity() const { return first(identitySize_); }
-  /// What a value is bound to: the identity and the accessibility.
-  [[nodiscard]] std::span<const std::uint8_t> bound() const { return first(identitySize_ + 1); }
   [[nodiscard]] std::span<const std::uint8_t> all() const { return first(units_.size()); }
 
  private:

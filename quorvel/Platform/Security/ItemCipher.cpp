@@ -167,9 +167,13 @@ std::optional<KeyedDigest> KeyedDigest::withKey(ConstBytes key) {
 
 bool KeyedDigest::digest(ConstBytes bytes, Bytes& out) {
   EVP_MAC_CTX* const context = state_->context.get();
+  std::array<std::uint8_t, 32> whole{};
   std::size_t written = 0;
-  return EVP_MAC_init(context, nullptr, 0, nullptr) == 1 && EVP_MAC_update(context, bytes.data(), bytes.size()) == 1 &&
-         EVP_MAC_final(context, out.data(), &written, out.size()) == 1;
+  const bool done = EVP_MAC_init(context, nullptr, 0, nullptr) == 1 &&
+                    EVP_MAC_update(context, bytes.data(), bytes.size()) == 1 &&
+                    EVP_MAC_final(context, whole.data(), &written, whole.size()) == 1;
+  std::copy_n(whole.begin(), out.size(), out.begin());
+  return done;
 }
 
 bool deriveKey(ConstBytes from, ConstBytes salt, std::string_view purpose, std::span<std::uint8_t> key) {

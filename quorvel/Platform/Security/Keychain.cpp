@@ -197,8 +197,8 @@ KeychainReport Keychain::doctor() {
 OSStatus Keychain::list(std::vector<KeychainItem>& items) {
   KeyState state = KeyState::Missing;
   const OSStatus status = administer(state, [&](KeychainSession& session) {
-    return session.visit({}, [&](const AttributesView& found, std::size_t bytes, KeychainSession::ValueReader) {
-      items.push_back({found.group, found.service, found.account, textOf(found.accessible), bytes});
+    return session.visit({}, [&](const AttributesView& found, ConstBytes value) {
+      items.push_back({found.group, found.service, found.account, textOf(found.accessible), value.size()});
       return errSecSuccess;
     });
   });

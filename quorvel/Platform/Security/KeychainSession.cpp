@@ -53,6 +53,32 @@ OSStatus makeMaster(KeySource source, const SecretBytes& handedIn, WrappedKey& w
   return fillRandom(master.bytes()) ? errSecSuccess : errSecNotAvailable;
 }
 
+constexpr std::size_t kSizeBytes = 4;
+constexpr std::size_t kKeptBytes = 64 * 1024;
+
+/// Memory that is kept from call to call is not kept when it was needed once.
+void giveBackIfLarge(std::vector<std::uint8_t>& bytes) {
+  if (bytes.capacity() > kKeptBytes) std::vector<std::uint8_t>().swap(bytes);
+}
+
+/// The use of a buffer for what is sealed or was opened; overwritten in the end, whichever way that comes.
+class PlainText {
+ public:
+  PlainText(std::vector<std::uint8_t>& buffer, std::size_t size) : buffer_(buffer) {
+    buffer_.clear();  // so that growing copies nothing
+    buffer_.resize(size);
+  }
+  PlainText(const PlainText&) = delete;
+  PlainText& operator=(const PlainText&) = delete;
+  ~PlainText() {
+    wipe(buffer_);
+    giveBackIfLarge(buffer_);
+  }
+
+ private:
+  std::vector<std::uint8_t>& buffer_;
+};
+
 std::string pathOf(const Descriptor& folder) {
   const std::string link = "/proc/self/fd/" + std::to_string(folder.number());
   char* const path = ::realpath(link.c_str(), nullptr);
@@ -65,7 +91,7 @@ std::string pathOf(const Descriptor& folder) {
 
 /// What a change needs of an item after its row is no longer at hand.
 struct KeychainSession::Match {
-  std::vector<std::uint8_t> identity;
+  KeyedDigest::Bytes identity{};
   EncodedAttributes attributes;
   Data value;
 };
@@ -140,9 +166,8 @@ OSStatus KeychainSession::unlock(const SecretBytes& dataKey) {
   dataKey_ = SecretBytes(dataKey.bytes());
   SecretBytes key(kKeyBytes);
   if (deriveKey(dataKey.bytes(), {}, "identities", key.bytes())) identities_ = KeyedDigest::withKey(key.bytes());
-  if (deriveKey(dataKey.bytes(), {}, "attributes", key.bytes())) attributesCipher_ = ItemCipher::withKey(key.bytes());
-  if (deriveKey(dataKey.bytes(), {}, "values", key.bytes())) valuesCipher_ = ItemCipher::withKey(key.bytes());
-  return identities_ && attributesCipher_ && valuesCipher_ ? errSecSuccess : errSecAllocate;
+  if (deriveKey(dataKey.bytes(), {}, "items", key.bytes())) cipher_ = ItemCipher::withKey(key.bytes());
+  return identities_ && cipher_ ? errSecSuccess : errSecAllocate;
 }
 
 bool KeychainSession::belongsTo(StringView group) const {
@@ -171,26 +196,30 @@ bool KeychainSession::matches(const ItemQuery& query, const AttributesView& attr
   return belongsTo(attributes.group);
 }
 
-bool KeychainSession::sealInto(ItemCipher& cipher, ConstBytes bound, ConstBytes plain,
-                               std::vector<std::uint8_t>& sealed) {
-  sealed.resize(plain.size() + ItemCipher::kOverheadBytes);
-  return cipher.seal(bound, plain, sealed.data());
+/// Seals what is to be kept of an item, the size of its attributes, these and the value, bound to its identity. Into
+/// `sealed_`.
+bool KeychainSession::seal(const EncodedAttributes& attributes, ConstBytes value, KeyedDigest::Bytes& identity) {
+  const PlainText plain(plain_, kSizeBytes + attributes.all().size() + value.size());
+  for (std::size_t i = 0; i < kSizeBytes; ++i)
+    plain_[i] = static_cast<std::uint8_t>(attributes.all().size() >> (8 * i));
+  std::ranges::copy(attributes.all(), plain_.begin() + kSizeBytes);
+  std::ranges::copy(value, plain_.end() - static_cast<std::ptrdiff_t>(value.size()));
+  sealed_.resize(plain_.size() + ItemCipher::kOverheadBytes);
+  return identities_->digest(attributes.identity(), identity) && cipher_->seal(identity, plain_, sealed_.data());
 }
 
-std::optional<AttributesView> KeychainSession::openAttributes(const KeychainStore::Row& row, EncodedAttributes& into) {
-  if (row.attributes.size() <= ItemCipher::kOverheadBytes) return std::nullopt;
-  std::uint8_t* const room = into.roomFor(row.attributes.size() - ItemCipher::kOverheadBytes);
-  if (!room || !attributesCipher_->open(row.identity, row.attributes, room)) return std::nullopt;
-  return into.decode();
-}
-
-std::optional<Data> KeychainSession::openValue(const EncodedAttributes& attributes, ConstBytes sealed) {
-  if (sealed.size() < ItemCipher::kOverheadBytes) return std::nullopt;
-  std::span<std::uint8_t> room;
-  Data value = Data::secret(sealed.size() - ItemCipher::kOverheadBytes, room);
-  std::uint8_t nothing = 0;
-  if (!valuesCipher_->open(attributes.bound(), sealed, room.empty() ? &nothing : room.data())) return std::nullopt;
-  return value;
+/// Opens a row into `found_` and hands its parts to the visitor; false when it does not open.
+bool KeychainSession::open(const KeychainStore::Row& row, Visitor visitor, OSStatus& status) {
+  if (row.sealed.size() < ItemCipher::kOverheadBytes + kSizeBytes) return false;
+  const PlainText plain(plain_, row.sealed.size() - ItemCipher::kOverheadBytes);
+  if (!cipher_->open(row.identity, row.sealed, plain_.data())) return false;
+  std::size_t size = 0;
+  for (std::size_t i = 0; i < kSizeBytes; ++i) size |= std::size_t{plain_[i]} << (8 * i);
+  const ConstBytes rest = ConstBytes(plain_).subspan(kSizeBytes);
+  const auto attributes = size <= rest.size() ? found_.decode(rest.first(size)) : std::nullopt;
+  if (!attributes) return false;
+  status = visitor(*attributes, rest.subspan(size));
+  return true;
 }
 
 OSStatus KeychainSession::add(const AttributesView& attributes, ConstBytes value) {
@@ -200,12 +229,10 @@ OSStatus KeychainSession::add(const AttributesView& attributes, ConstBytes value
     return errSecParam;
   }
   KeyedDigest::Bytes identity;
-  if (!identities_->digest(query_.identity(), identity) ||
-      !sealInto(*attributesCipher_, identity, query_.all(), sealedAttributes_) ||
-      !sealInto(*valuesCipher_, query_.bound(), value, sealedValue_)) {
-    return errSecNotAvailable;
-  }
-  return store_->insert({identity, sealedAttributes_, sealedValue_});
+  if (!seal(query_, value, identity)) return errSecNotAvailable;
+  const OSStatus status = store_->insert({identity, sealed_});
+  giveBackIfLarge(sealed_);
+  return status;
 }
 
 OSStatus KeychainSession::visitRows(const ItemQuery& query, KeychainStore::Visitor visitor) {
@@ -220,33 +247,28 @@ OSStatus KeychainSession::visit(const ItemQuery& query, Visitor visitor) {
   if (!query.group.isNil() && !belongsTo(query.group)) return errSecItemNotFound;
   const bool one = namesOne(query);
   bool any = false;
-  const OSStatus status = visitRows(query, [&](const KeychainStore::Row& row) -> OSStatus {
-    const auto attributes = openAttributes(row, found_);
-    if (!attributes) return one ? errSecDecode : errSecSuccess;
-    if (!matches(query, *attributes)) return errSecSuccess;
+  const auto visitIfMatching = [&](const AttributesView& attributes, ConstBytes value) -> OSStatus {
+    if (!matches(query, attributes)) return errSecSuccess;
     any = true;
-    return visitor(*attributes, row.value.size() - std::min(row.value.size(), ItemCipher::kOverheadBytes),
-                   [&] { return openValue(found_, row.value); });
+    return visitor(attributes, value);
+  };
+  const OSStatus status = visitRows(query, [&](const KeychainStore::Row& row) -> OSStatus {
+    OSStatus visited = errSecSuccess;
+    const bool opened = open(row, visitIfMatching, visited);
+    return opened || !one ? visited : errSecDecode;
   });
   return status == errSecSuccess && !any ? errSecItemNotFound : status;
 }
 
 OSStatus KeychainSession::collect(const ItemQuery& query, bool withValues, std::vector<Match>& matches) {
-  const bool one = namesOne(query);
-  const OSStatus status = visitRows(query, [&](const KeychainStore::Row& row) -> OSStatus {
-    const auto attributes = openAttributes(row, found_);
-    if (!attributes) return one ? errSecDecode : errSecSuccess;
-    if (!this->matches(query, *attributes)) return errSecSuccess;
-    Match match{{row.identity.begin(), row.identity.end()}, found_, {}};
-    if (withValues) {
-      auto value = openValue(found_, row.value);
-      if (!value) return errSecDecode;
-      match.value = std::move(*value);
-    }
+  return visit(query, [&](const AttributesView& attributes, ConstBytes value) -> OSStatus {
+    Match match;
+    if (!identities_->digest(found_.identity(), match.identity)) return errSecNotAvailable;
+    match.attributes.encode(attributes);
+    if (withValues) match.value = Data::secret(value);
     matches.push_back(std::move(match));
     return errSecSuccess;
   });
-  return status == errSecSuccess && matches.empty() ? errSecItemNotFound : status;
 }
 
 OSStatus KeychainSession::apply(const Match& match, const ItemChanges& changes) {
@@ -265,12 +287,10 @@ OSStatus KeychainSession::apply(const Match& match, const ItemChanges& changes) 
   query_.encode(*attributes);
   if (query_.all().size() > limits::kKeychainAttributeBytes) return errSecParam;
   KeyedDigest::Bytes identity;
-  if (!identities_->digest(query_.identity(), identity) ||
-      !sealInto(*attributesCipher_, identity, query_.all(), sealedAttributes_) ||
-      !sealInto(*valuesCipher_, query_.bound(), value, sealedValue_)) {
-    return errSecNotAvailable;
-  }
-  return store_->replace(match.identity, {identity, sealedAttributes_, sealedValue_});
+  if (!seal(query_, value, identity)) return errSecNotAvailable;
+  const OSStatus status = store_->replace(match.identity, {identity, sealed_});
+  giveBackIfLarge(sealed_);
+  return status;
 }
 
 OSStatus KeychainSession::update(const ItemQuery& query, const ItemChanges& changes) {
@@ -302,16 +322,20 @@ OSStatus KeychainSession::remove(const ItemQuery& query) {
 OSStatus KeychainSession::check(Census& census) {
   OSStatus status = store_->check(census.faults);
   if (status != errSecSuccess) return status;
-  status = store_->forEach([&](const KeychainStore::Row& row) -> OSStatus {
+  return store_->forEach([&](const KeychainStore::Row& row) -> OSStatus {
     ++census.items;
-    KeyedDigest::Bytes identity;
-    const auto attributes = openAttributes(row, found_);
-    const bool opens = attributes && identities_->digest(found_.identity(), identity) &&
-                       std::ranges::equal(identity, row.identity) && openValue(found_, row.value).has_value();
-    census.unreadable += opens ? 0 : 1;
+    OSStatus same = errSecDecode;
+    const bool opened = open(
+        row,
+        [&](const AttributesView& /*attributes*/, ConstBytes /*value*/) -> OSStatus {
+          KeyedDigest::Bytes identity;
+          const bool digested = identities_->digest(found_.identity(), identity);
+          return digested && std::ranges::equal(identity, row.identity) ? errSecSuccess : errSecDecode;
+        },
+        same);
+    census.unreadable += opened && same == errSecSuccess ? 0 : 1;
     return errSecSuccess;
   });
-  return status;
 }
 
 OSStatus KeychainSession::testRoundTrip() {
@@ -323,18 +347,19 @@ OSStatus KeychainSession::testRoundTrip() {
   attributes.account = StringView(units, 8);  // no item of anyone has this name
   query_.encode(attributes);
   KeyedDigest::Bytes identity;
-  if (!identities_->digest(query_.identity(), identity) ||
-      !sealInto(*attributesCipher_, identity, query_.all(), sealedAttributes_) ||
-      !sealInto(*valuesCipher_, query_.bound(), value, sealedValue_)) {
-    return errSecNotAvailable;
-  }
+  if (!seal(query_, value, identity)) return errSecNotAvailable;
   return store_->inTransaction([&]() -> OSStatus {
-    OSStatus status = store_->insert({identity, sealedAttributes_, sealedValue_});
+    OSStatus status = store_->insert({identity, sealed_});
     if (status != errSecSuccess) return status;
     status = store_->find(identity, [&](const KeychainStore::Row& row) -> OSStatus {
-      const auto read = openAttributes(row, found_);
-      const auto opened = read ? openValue(found_, row.value) : std::nullopt;
-      return opened && std::ranges::equal(opened->bytes(), value) ? errSecSuccess : errSecDecode;
+      OSStatus same = errSecDecode;
+      const bool opened = open(
+          row,
+          [&](const AttributesView& /*attributes*/, ConstBytes read) -> OSStatus {
+            return std::ranges::equal(read, value) ? errSecSuccess : errSecDecode;
+          },
+          same);
+      return opened ? same : errSecDecode;
     });
     return status == errSecSuccess ? store_->remove(identity) : status;
   });

@@ -46,10 +46,8 @@ class KeychainSession {
                                      std::unique_ptr<KeychainSession>& session, KeyState& state);
 
   [[nodiscard]] OSStatus add(const AttributesView& attributes, ConstBytes value);
-  /// `value` reads the item's value; nothing when it does not open.
-  using ValueReader = FunctionView<std::optional<Data>()>;
   /// Answers errSecSuccess to go on to the next, and anything else, which becomes the result, to stop.
-  using Visitor = FunctionView<OSStatus(const AttributesView& attributes, std::size_t valueBytes, ValueReader value)>;
+  using Visitor = FunctionView<OSStatus(const AttributesView& attributes, ConstBytes value)>;
   /// Visits what matches; errSecItemNotFound when nothing does. An item that does not open is passed over, unless the
   /// query names it in full: then the result is errSecDecode.
   [[nodiscard]] OSStatus visit(const ItemQuery& query, Visitor visitor);
@@ -85,10 +83,8 @@ class KeychainSession {
   [[nodiscard]] bool belongsTo(StringView group) const;
   [[nodiscard]] bool namesOne(const ItemQuery& query) const;
   [[nodiscard]] bool matches(const ItemQuery& query, const AttributesView& attributes) const;
-  [[nodiscard]] std::optional<AttributesView> openAttributes(const KeychainStore::Row& row, EncodedAttributes& into);
-  [[nodiscard]] std::optional<Data> openValue(const EncodedAttributes& attributes, ConstBytes sealed);
-  [[nodiscard]] bool sealInto(ItemCipher& cipher, ConstBytes bound, ConstBytes plain,
-                              std::vector<std::uint8_t>& sealed);
+  [[nodiscard]] bool seal(const EncodedAttributes& attributes, ConstBytes value, KeyedDigest::Bytes& identity);
+  [[nodiscard]] bool open(const KeychainStore::Row& row, Visitor visitor, OSStatus& status);
   [[nodiscard]] OSStatus visitRows(const ItemQuery& query, KeychainStore::Visitor visitor);
   [[nodiscard]] OSStatus collect(const ItemQuery& query, bool withValues, std::vector<Match>& matches);
   [[nodiscard]] OSStatus apply(const Match& match, const ItemChanges& changes);
@@ -99,13 +95,12 @@ class KeychainSession {
   std::unique_ptr<KeychainStore> store_;
   SecretBytes dataKey_;
   std::optional<KeyedDigest> identities_;
-  std::optional<ItemCipher> attributesCipher_;
-  std::optional<ItemCipher> valuesCipher_;
+  std::optional<ItemCipher> cipher_;
   // Kept between calls, for their memory.
   EncodedAttributes query_;
   EncodedAttributes found_;
-  std::vector<std::uint8_t> sealedAttributes_;
-  std::vector<std::uint8_t> sealedValue_;
+  std::vector<std::uint8_t> plain_;
+  std::vector<std::uint8_t> sealed_;
 };
 
 }  // namespace quorvel

@@ -17,8 +17,7 @@ namespace {
 constexpr const char* kNewFile = "keychain.db.new";
 constexpr const char* kKeyTable =
     "CREATE TABLE data_key(source INTEGER PRIMARY KEY, master BLOB NOT NULL, sealed BLOB NOT NULL)";
-constexpr const char* kItemTable =
-    "CREATE TABLE item(identity BLOB PRIMARY KEY, attributes BLOB NOT NULL, value BLOB NOT NULL) WITHOUT ROWID";
+constexpr const char* kItemTable = "CREATE TABLE item(identity BLOB PRIMARY KEY, sealed BLOB NOT NULL) WITHOUT ROWID";
 constexpr int kApplication = 0x51764B43;
 constexpr int kFormat = 1;
 constexpr std::chrono::seconds kBusyPatience{10};
@@ -116,11 +115,11 @@ class KeychainStore::Connection {
   /// The prepared statement, bound to nothing; nullptr with the reason in `status`.
   sqlite3_stmt* kept(Kept which, OSStatus& status) {
     constexpr const char* kTexts[KeptCount] = {
-        "INSERT INTO item(identity, attributes, value) VALUES(?1, ?2, ?3)",
-        "SELECT identity, attributes, value FROM item WHERE identity = ?1",
-        "UPDATE item SET identity = ?1, attributes = ?2, value = ?3 WHERE identity = ?4",
+        "INSERT INTO item(identity, sealed) VALUES(?1, ?2)",
+        "SELECT sealed FROM item WHERE identity = ?1",
+        "UPDATE item SET identity = ?1, sealed = ?2 WHERE identity = ?3",
         "DELETE FROM item WHERE identity = ?1",
-        "SELECT identity, attributes, value FROM item",
+        "SELECT identity, sealed FROM item",
         "BEGIN IMMEDIATE",
         "COMMIT",
         "ROLLBACK",
@@ -236,7 +235,7 @@ OSStatus KeychainStore::open(int folder, const std::string& path, std::unique_pt
 bool KeychainStore::isCurrent() const { return connection_->isStillAtPath(); }
 
 OSStatus KeychainStore::insert(const Row& row) {
-  return connection_->change(Connection::Insert, {row.identity, row.attributes, row.value});
+  return connection_->change(Connection::Insert, {row.identity, row.sealed});
 }
 
 OSStatus KeychainStore::find(ConstBytes identity, Visitor visit) {
@@ -246,7 +245,7 @@ OSStatus KeychainStore::find(ConstBytes identity, Visitor visit) {
   int code = Connection::bind(statement, 1, identity);
   if (code == SQLITE_OK) code = sqlite3_step(statement);
   if (code == SQLITE_ROW) {
-    status = visit({blobAt(statement, 0), blobAt(statement, 1), blobAt(statement, 2)});
+    status = visit({identity, blobAt(statement, 0)});
   } else {
     status = code == SQLITE_DONE ? errSecItemNotFound : statusOf(code);
   }
@@ -260,7 +259,7 @@ OSStatus KeychainStore::forEach(Visitor visit) {
   if (!statement) return status;
   int code = sqlite3_step(statement);
   while (code == SQLITE_ROW && status == errSecSuccess) {
-    status = visit({blobAt(statement, 0), blobAt(statement, 1), blobAt(statement, 2)});
+    status = visit({blobAt(statement, 0), blobAt(statement, 1)});
     if (status == errSecSuccess) code = sqlite3_step(statement);
   }
   sqlite3_reset(statement);
@@ -268,7 +267,7 @@ OSStatus KeychainStore::forEach(Visitor visit) {
 }
 
 OSStatus KeychainStore::replace(ConstBytes identity, const Row& row) {
-  const OSStatus status = connection_->change(Connection::Replace, {row.identity, row.attributes, row.value, identity});
+  const OSStatus status = connection_->change(Connection::Replace, {row.identity, row.sealed, identity});
   return status == errSecSuccess && connection_->changes() == 0 ? errSecItemNotFound : status;
 }
 

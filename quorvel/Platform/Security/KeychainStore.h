@@ -44,8 +44,7 @@ class KeychainStore {
   static constexpr const char* kFileName = "keychain.db";
   struct Row {
     ConstBytes identity;
-    ConstBytes attributes;
-    ConstBytes value;
+    ConstBytes sealed;
   };
   using Visitor = FunctionView<OSStatus(const Row&)>;
 

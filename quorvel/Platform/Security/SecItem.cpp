@@ -104,15 +104,12 @@ OSStatus guarded(Work work) {
 
 OSStatus copyMatching(KeychainSession& keychain, const Request& request, Value& answer) {
   List found;
-  const OSStatus status = keychain.visit(
-      request.query, [&](const AttributesView& item, std::size_t, KeychainSession::ValueReader reader) -> OSStatus {
-        std::optional<Data> value = request.wantsData ? reader() : Data();
-        if (!value) return errSecDecode;
-        answer = answerFor(request, item, std::move(*value));
-        if (!request.wantsAll) return kEnough;
-        if (!answer.isNil()) found.append(std::move(answer));
-        return errSecSuccess;
-      });
+  const OSStatus status = keychain.visit(request.query, [&](const AttributesView& item, ConstBytes value) -> OSStatus {
+    answer = answerFor(request, item, request.wantsData ? Data::secret(value) : Data());
+    if (!request.wantsAll) return kEnough;
+    if (!answer.isNil()) found.append(std::move(answer));
+    return errSecSuccess;
+  });
   if (status == errSecSuccess && request.wantsAll && (request.wantsData || request.wantsAttributes)) answer = found;
   return status == kEnough ? errSecSuccess : status;
 }

@@ -2,7 +2,7 @@
 #include <cerrno>
 #include <new>
 
-#include <openssl/crypto.h>
+#include <string.h>
 #include <sys/mman.h>
 #include <sys/random.h>
 
@@ -41,6 +41,6 @@ bool fillRandom(std::span<std::uint8_t> bytes) {
   return true;
 }
 
-void wipe(std::span<std::uint8_t> bytes) { OPENSSL_cleanse(bytes.data(), bytes.size()); }
+void wipe(std::span<std::uint8_t> bytes) { ::explicit_bzero(bytes.data(), bytes.size()); }
 
 }  // namespace quorvel

@@ -278,10 +278,10 @@ TEST_F(KeychainDamage, RowsThatChangePlacesDoNotOpen) {
   ASSERT_EQ(add(u"kim", "first"), errSecSuccess);
   ASSERT_EQ(add(u"lee", "other"), errSecSuccess);
   Keychain::close();
-  // Both values are now the one sealed for whichever row comes second.
+  // Both rows now hold what was sealed for the first.
   sqlite3* database = nullptr;
   ASSERT_EQ(sqlite3_open(store().c_str(), &database), SQLITE_OK);
-  constexpr const char* kChange = "UPDATE item SET value = (SELECT value FROM item ORDER BY identity LIMIT 1)";
+  constexpr const char* kChange = "UPDATE item SET sealed = (SELECT sealed FROM item ORDER BY identity LIMIT 1)";
   EXPECT_EQ(sqlite3_exec(database, kChange, nullptr, nullptr, nullptr), SQLITE_OK);
   sqlite3_close(database);
   const std::string kim = read(u"kim");
