@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include <apps/quorvel/Help.h>
+#include <apps/quorvel/Keychain.h>
 #include <apps/quorvel/Operation.h>
 #include <apps/quorvel/Search.h>
 
@@ -16,6 +17,7 @@ const char kUsage[] =
     "  search --reply FILE --text TERM   find and highlight messages in a reply\n"
     "  call FAMILY OPERATION ARG...      call an operation; arguments are JSON, the receiver first\n"
     "  call --batch                      call an operation for each line of standard input\n"
+    "  keychain doctor|list|...          look after the keychain\n"
     "  list [--family FAMILY]            all operations with their C++ signatures\n"
     "  help [NAME]                       an operation, a family or a command\n"
     "  --version                         the library's version\n";
@@ -66,7 +68,8 @@ struct CommandText {
   std::string_view name;
   const char* text;
 };
-constexpr CommandText kCommands[] = {{"call", kCallUsage}, {"list", kListUsage}, {"help", kHelpUsage}};
+constexpr CommandText kCommands[] = {
+    {"call", kCallUsage}, {"list", kListUsage}, {"help", kHelpUsage}, {"keychain", kKeychainUsage}};
 
 bool isNamed(const Operation& operation, std::string_view name) {
   return operation.name == name || operation.family == name || operation.function == name ||

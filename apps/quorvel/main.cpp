@@ -6,6 +6,7 @@
 
 #include <apps/quorvel/Call.h>
 #include <apps/quorvel/Help.h>
+#include <apps/quorvel/Keychain.h>
 #include <apps/quorvel/Search.h>
 
 #include <quorvel/Version.h>
@@ -15,6 +16,7 @@ namespace {
 using quorvel::command::kUsage;
 using quorvel::command::runCall;
 using quorvel::command::runHelp;
+using quorvel::command::runKeychain;
 using quorvel::command::runList;
 using quorvel::command::runSearch;
 using Words = std::span<const std::string_view>;
@@ -30,8 +32,13 @@ struct Command {
 };
 
 constexpr Command kCommands[] = {
-    {"search", runSearch}, {"call", runCall},         {"list", runList},
-    {"help", runHelp},     {"--version", runVersion}, {"--help", [](Words) { return runHelp({}); }},
+    {"search", runSearch},
+    {"call", runCall},
+    {"list", runList},
+    {"help", runHelp},
+    {"keychain", runKeychain},
+    {"--version", runVersion},
+    {"--help", [](Words) { return runHelp({}); }},
 };
 
 /// `quorvel call --help` is `quorvel help call`.
