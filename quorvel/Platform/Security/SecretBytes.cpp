@@ -41,6 +41,8 @@ bool fillRandom(std::span<std::uint8_t> bytes) {
   return true;
 }
 
-void wipe(std::span<std::uint8_t> bytes) { ::explicit_bzero(bytes.data(), bytes.size()); }
+void wipe(std::span<std::uint8_t> bytes) {
+  if (!bytes.empty()) ::explicit_bzero(bytes.data(), bytes.size());
+}
 
 }  // namespace quorvel

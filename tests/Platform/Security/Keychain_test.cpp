@@ -15,8 +15,11 @@ using KeychainKeeping = KeychainTest;
 
 constexpr char kHandedIn[] = "0123456789abcdef0123456789abcdef";
 
-std::string utf16Of(std::u16string_view text) {
-  return {reinterpret_cast<const char*>(text.data()), text.size() * sizeof(char16_t)};
+/// The bytes of an ASCII text in UTF-16, as names are kept.
+std::string utf16Of(std::string_view text) {
+  std::string out;
+  for (const char byte : text) (out += byte) += '\0';
+  return out;
 }
 
 TEST_F(KeychainKeeping, FilesAreOursAloneUnderAnyUmask) {
@@ -61,7 +64,7 @@ TEST_F(KeychainKeeping, WithoutTheKeyNothingCanBeRead) {
   for (const std::string_view text :
        {"SERVICE-canary", "ACCOUNT-canary", "GENERIC-canary", "VALUE-canary", "example"}) {
     EXPECT_EQ(all.find(text), std::string::npos) << text;
-    EXPECT_EQ(all.find(utf16Of(String::fromASCII(text).data())), std::string::npos) << text << " in UTF-16";
+    EXPECT_EQ(all.find(utf16Of(text)), std::string::npos) << text << " in UTF-16";
   }
   Keychain::configure({copy.string(), std::vector<String>{kGroup}, KeySource::File, {}});
   EXPECT_EQ(read(secret), "status -25291");
