@@ -64,7 +64,7 @@ TEST_F(KeychainCommand, RefusesWordsThatAreNoCommand) {
                                            {"put", "kim"},
                                            {"put", "--group", "G"},
                                            {"list", "kim"},
-                                           {"get", "--group"},
+
                                            {"put", "--group", "G", "kim", "--source", "cloud"},
                                            {"get", "--group", "G", "kim", "lee"},
                                            {"doctor", "--all"},
