@@ -55,10 +55,10 @@ class ItemCipher {
   std::unique_ptr<State> state_;
 };
 
-/// HMAC-SHA256 under one key, cut to 128 bits, with a context that is kept. One thread at a time.
+/// HMAC-SHA256 under one key, cut to 64 bits, with a context that is kept. One thread at a time.
 class KeyedDigest {
  public:
-  using Bytes = std::array<std::uint8_t, 16>;
+  using Bytes = std::array<std::uint8_t, 8>;
   [[nodiscard]] static std::optional<KeyedDigest> withKey(ConstBytes key);
   KeyedDigest(KeyedDigest&&) noexcept;
   KeyedDigest& operator=(KeyedDigest&&) noexcept;

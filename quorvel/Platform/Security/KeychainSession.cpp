@@ -330,7 +330,7 @@ OSStatus KeychainSession::check(Census& census) {
         [&](const AttributesView& /*attributes*/, ConstBytes /*value*/) -> OSStatus {
           KeyedDigest::Bytes identity;
           const bool digested = identities_->digest(found_.identity(), identity);
-          return digested && std::ranges::equal(identity, row.identity) ? errSecSuccess : errSecDecode;
+          return digested && identity == row.identity ? errSecSuccess : errSecDecode;
         },
         same);
     census.unreadable += opened && same == errSecSuccess ? 0 : 1;

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstdio>
 #include <thread>
 
@@ -17,7 +18,7 @@ namespace {
 constexpr const char* kNewFile = "keychain.db.new";
 constexpr const char* kKeyTable =
     "CREATE TABLE data_key(source INTEGER PRIMARY KEY, master BLOB NOT NULL, sealed BLOB NOT NULL)";
-constexpr const char* kItemTable = "CREATE TABLE item(identity BLOB PRIMARY KEY, sealed BLOB NOT NULL) WITHOUT ROWID";
+constexpr const char* kItemTable = "CREATE TABLE item(identity INTEGER PRIMARY KEY, sealed BLOB NOT NULL)";
 constexpr int kApplication = 0x51764B43;
 constexpr int kFormat = 1;
 constexpr std::chrono::seconds kBusyPatience{10};
@@ -26,7 +27,7 @@ constexpr std::chrono::seconds kBusyPatience{10};
 constexpr const char* kFiles[] = {"keychain.db", "keychain.db-wal", "keychain.db-shm", "keychain.db-journal"};
 
 OSStatus statusOf(int code) {
-  if (code == SQLITE_CONSTRAINT_PRIMARYKEY || code == SQLITE_CONSTRAINT_UNIQUE) return errSecDuplicateItem;
+  if (code == SQLITE_CONSTRAINT_PRIMARYKEY || code == SQLITE_CONSTRAINT_ROWID) return errSecDuplicateItem;
   if (code == SQLITE_IOERR_NOMEM) return errSecAllocate;
   switch (code & 0xFF) {
     case SQLITE_OK:
@@ -131,22 +132,29 @@ class KeychainStore::Connection {
     return kept_[which];
   }
 
-  /// Runs a statement that answers no rows, with these blobs in order.
-  OSStatus change(Kept which, std::initializer_list<ConstBytes> values) {
+  /// Runs a statement that answers no rows: ?1 is an identity, ?2 a blob, ?3 another identity, as far as they are
+  /// given.
+  OSStatus change(Kept which, const Identity* identity = nullptr, const ConstBytes* sealed = nullptr,
+                  const Identity* where = nullptr) {
     OSStatus status = errSecSuccess;
     sqlite3_stmt* const statement = kept(which, status);
     if (!statement) return status;
-    int place = 0;
     int code = SQLITE_OK;
-    for (const ConstBytes value : values) {
-      if (code == SQLITE_OK) code = bind(statement, ++place, value);
-    }
+    if (identity) code = bind(statement, 1, *identity);
+    if (code == SQLITE_OK && sealed) code = bind(statement, 2, *sealed);
+    if (code == SQLITE_OK && where) code = bind(statement, 3, *where);
     if (code == SQLITE_OK) code = sqlite3_step(statement);
     sqlite3_reset(statement);
     sqlite3_clear_bindings(statement);
     return statusOf(code);
   }
 
+  static int bind(sqlite3_stmt* statement, int place, const Identity& identity) {
+    return sqlite3_bind_int64(statement, place, std::bit_cast<sqlite3_int64>(identity));
+  }
+  static Identity identityAt(sqlite3_stmt* statement, int column) {
+    return std::bit_cast<Identity>(static_cast<sqlite3_int64>(sqlite3_column_int64(statement, column)));
+  }
   static int bind(sqlite3_stmt* statement, int place, ConstBytes value) {
     return sqlite3_bind_blob64(statement, place, value.data(), value.size(), SQLITE_STATIC);
   }
@@ -235,10 +243,10 @@ OSStatus KeychainStore::open(int folder, const std::string& path, std::unique_pt
 bool KeychainStore::isCurrent() const { return connection_->isStillAtPath(); }
 
 OSStatus KeychainStore::insert(const Row& row) {
-  return connection_->change(Connection::Insert, {row.identity, row.sealed});
+  return connection_->change(Connection::Insert, &row.identity, &row.sealed);
 }
 
-OSStatus KeychainStore::find(ConstBytes identity, Visitor visit) {
+OSStatus KeychainStore::find(const Identity& identity, Visitor visit) {
   OSStatus status = errSecSuccess;
   sqlite3_stmt* const statement = connection_->kept(Connection::Find, status);
   if (!statement) return status;
@@ -259,35 +267,35 @@ OSStatus KeychainStore::forEach(Visitor visit) {
   if (!statement) return status;
   int code = sqlite3_step(statement);
   while (code == SQLITE_ROW && status == errSecSuccess) {
-    status = visit({blobAt(statement, 0), blobAt(statement, 1)});
+    status = visit({Connection::identityAt(statement, 0), blobAt(statement, 1)});
     if (status == errSecSuccess) code = sqlite3_step(statement);
   }
   sqlite3_reset(statement);
   return status == errSecSuccess ? statusOf(code) : status;
 }
 
-OSStatus KeychainStore::replace(ConstBytes identity, const Row& row) {
-  const OSStatus status = connection_->change(Connection::Replace, {row.identity, row.sealed, identity});
+OSStatus KeychainStore::replace(const Identity& identity, const Row& row) {
+  const OSStatus status = connection_->change(Connection::Replace, &row.identity, &row.sealed, &identity);
   return status == errSecSuccess && connection_->changes() == 0 ? errSecItemNotFound : status;
 }
 
-OSStatus KeychainStore::remove(ConstBytes identity) {
-  const OSStatus status = connection_->change(Connection::Remove, {identity});
+OSStatus KeychainStore::remove(const Identity& identity) {
+  const OSStatus status = connection_->change(Connection::Remove, &identity);
   return status == errSecSuccess && connection_->changes() == 0 ? errSecItemNotFound : status;
 }
 
 OSStatus KeychainStore::inTransaction(FunctionView<OSStatus()> work) {
-  OSStatus status = connection_->change(Connection::Begin, {});
+  OSStatus status = connection_->change(Connection::Begin);
   if (status != errSecSuccess) return status;
   try {
     status = work();
   } catch (...) {
-    (void)connection_->change(Connection::Rollback, {});
+    (void)connection_->change(Connection::Rollback);
     throw;
   }
-  if (status == errSecSuccess) status = connection_->change(Connection::Commit, {});
+  if (status == errSecSuccess) status = connection_->change(Connection::Commit);
   // Some failures have undone it already.
-  if (sqlite3_get_autocommit(connection_->database()) == 0) (void)connection_->change(Connection::Rollback, {});
+  if (sqlite3_get_autocommit(connection_->database()) == 0) (void)connection_->change(Connection::Rollback);
   return status;
 }
 

@@ -42,8 +42,10 @@ struct WrappedKey {
 class KeychainStore {
  public:
   static constexpr const char* kFileName = "keychain.db";
+  /// A keyed digest of what an item is called, which is the number of its row.
+  using Identity = KeyedDigest::Bytes;
   struct Row {
-    ConstBytes identity;
+    Identity identity;
     ConstBytes sealed;
   };
   using Visitor = FunctionView<OSStatus(const Row&)>;
@@ -63,12 +65,12 @@ class KeychainStore {
 
   [[nodiscard]] OSStatus insert(const Row& row);
   /// Calls with the row of this identity; errSecItemNotFound when there is none.
-  [[nodiscard]] OSStatus find(ConstBytes identity, Visitor visit);
+  [[nodiscard]] OSStatus find(const Identity& identity, Visitor visit);
   /// Calls with one row after the other until one answers another status than errSecSuccess, which is the result.
   [[nodiscard]] OSStatus forEach(Visitor visit);
   /// Gives the row of `identity` the contents of `row`, whose identity may be another.
-  [[nodiscard]] OSStatus replace(ConstBytes identity, const Row& row);
-  [[nodiscard]] OSStatus remove(ConstBytes identity);
+  [[nodiscard]] OSStatus replace(const Identity& identity, const Row& row);
+  [[nodiscard]] OSStatus remove(const Identity& identity);
 
   /// Runs `work` in a transaction that is undone unless everything answers errSecSuccess.
   [[nodiscard]] OSStatus inTransaction(FunctionView<OSStatus()> work);
