@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <new>
 
 #include <quorvel/Platform/Security/ProgramKeychain.h>
@@ -66,12 +67,8 @@ constexpr Key kKeys[] = {
 
 bool read(const Dictionary& dictionary, Request& request) {
   for (const auto& [key, value] : dictionary) {
-    const StringView name = key.text();
-    const Key* known = nullptr;
-    for (const Key& candidate : kKeys) {
-      if (candidate.name == name) known = &candidate;
-    }
-    if (!known || !known->take(value, request)) return false;
+    const auto* known = std::ranges::find(kKeys, key.text(), &Key::name);
+    if (known == std::end(kKeys) || !known->take(value, request)) return false;
   }
   return true;
 }
