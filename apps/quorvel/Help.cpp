@@ -4,6 +4,7 @@
 
 #include <apps/quorvel/Backup.h>
 #include <apps/quorvel/Help.h>
+#include <apps/quorvel/Keychain.h>
 #include <apps/quorvel/Operation.h>
 #include <apps/quorvel/Search.h>
 
@@ -17,6 +18,7 @@ const char kUsage[] =
     "  search --reply FILE --text TERM   find and highlight messages in a reply\n"
     "  call FAMILY OPERATION ARG...      call an operation; arguments are JSON, the receiver first\n"
     "  call --batch                      call an operation for each line of standard input\n"
+    "  keychain doctor|list|...          look after the keychain\n"
     "  backup list DIR                   what is excluded from backups, as backup tools take it\n"
     "  list [--family FAMILY]            all operations with their C++ signatures\n"
     "  help [NAME]                       an operation, a family or a command\n"
@@ -68,8 +70,11 @@ struct CommandText {
   std::string_view name;
   const char* text;
 };
-const CommandText kCommands[] = {
-    {"call", kCallUsage}, {"list", kListUsage}, {"help", kHelpUsage}, {"backup", kBackupUsage}};
+const CommandText kCommands[] = {{"call", kCallUsage},
+                                 {"list", kListUsage},
+                                 {"help", kHelpUsage},
+                                 {"keychain", kKeychainUsage},
+                                 {"backup", kBackupUsage}};
 
 bool isNamed(const Operation& operation, std::string_view name) {
   return operation.name == name || operation.family == name || operation.function == name ||

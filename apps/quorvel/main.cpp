@@ -7,6 +7,7 @@
 #include <apps/quorvel/Backup.h>
 #include <apps/quorvel/Call.h>
 #include <apps/quorvel/Help.h>
+#include <apps/quorvel/Keychain.h>
 #include <apps/quorvel/Search.h>
 
 #include <quorvel/Version.h>
@@ -17,6 +18,7 @@ using quorvel::command::kUsage;
 using quorvel::command::runBackup;
 using quorvel::command::runCall;
 using quorvel::command::runHelp;
+using quorvel::command::runKeychain;
 using quorvel::command::runList;
 using quorvel::command::runSearch;
 using Words = std::span<const std::string_view>;
@@ -32,13 +34,10 @@ struct Command {
 };
 
 constexpr Command kCommands[] = {
-    {"search", runSearch},
-    {"call", runCall},
-    {"list", runList},
-    {"backup", runBackup},
-    {"help", runHelp},
-    {"--version", runVersion},
-    {"--help", [](Words) { return runHelp({}); }},
+    {"search", runSearch},     {"call", runCall},
+    {"list", runList},         {"backup", runBackup},
+    {"help", runHelp},         {"keychain", runKeychain},
+    {"--version", runVersion}, {"--help", [](Words) { return runHelp({}); }},
 };
 
 /// `quorvel call --help` is `quorvel help call`.

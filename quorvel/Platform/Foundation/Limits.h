@@ -53,6 +53,9 @@ inline constexpr int kImageScans = 100;
 inline constexpr std::size_t kStoreFileBytes = 16 * 1024 * 1024;
 /// Time that a change of such a store waits for another process, then it is refused.
 inline constexpr std::chrono::milliseconds kLockTime{10'000};
+/// Bytes of a keychain item's value, and bytes of all its attributes together; more is a bad parameter.
+inline constexpr std::size_t kKeychainValueBytes = 16 * 1024 * 1024;
+inline constexpr std::size_t kKeychainAttributeBytes = 1024 * 1024;
 /// UTF-16 units of the longest string.
 inline constexpr std::size_t kStringLength = UINT32_MAX;
 

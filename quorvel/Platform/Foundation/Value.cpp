@@ -2,6 +2,8 @@
 #include <cstdlib>
 #include <new>
 
+#include <string.h>
+
 #include <quorvel/Platform/Foundation/Hash.h>
 #include <quorvel/Platform/Foundation/Log.h>
 #include <quorvel/Platform/Foundation/Value.h>
@@ -30,6 +32,7 @@ void destroyValues(Value* values, std::size_t count) {
 void destroyContents(Block* block) {
   switch (block->kind) {
     case BlockKind::Data:
+      if (block->indexMask != 0) ::explicit_bzero(static_cast<DataBlock*>(block)->bytes(), block->size);
       break;
     case BlockKind::List:
       destroyValues(static_cast<ListBlock*>(block)->items(), block->size);
@@ -232,6 +235,23 @@ Data::Data(std::span<const std::uint8_t> bytes) {
   block_ = detail::allocateBlock<DataBlock>(BlockKind::Data, bytes.size(), 1);
   block_->size = static_cast<std::uint32_t>(bytes.size());
   std::memcpy(block_->bytes(), bytes.data(), bytes.size());
+}
+Data Data::secret(std::size_t size, std::span<std::uint8_t>& room) {
+  Data data;
+  room = {};
+  if (size == 0) return data;
+  data.block_ = detail::allocateBlock<DataBlock>(BlockKind::Data, size, 1);
+  data.block_->size = static_cast<std::uint32_t>(size);
+  data.block_->indexMask = 1;
+  room = {data.block_->bytes(), size};
+  std::fill(room.begin(), room.end(), std::uint8_t{0});
+  return data;
+}
+Data Data::secret(std::span<const std::uint8_t> bytes) {
+  std::span<std::uint8_t> room;
+  Data data = secret(bytes.size(), room);
+  std::copy(bytes.begin(), bytes.end(), room.begin());
+  return data;
 }
 Data::Data(const Data& other) noexcept : block_(other.block_) { detail::retain(block_); }
 Data::~Data() { detail::release(block_); }

@@ -63,6 +63,10 @@ class Data {
  public:
   constexpr Data() noexcept = default;
   explicit Data(std::span<const std::uint8_t> bytes);
+  /// Bytes that are overwritten before their memory is given back.
+  [[nodiscard]] static Data secret(std::span<const std::uint8_t> bytes);
+  /// The same, to be written through `room` before anyone else sees them.
+  [[nodiscard]] static Data secret(std::size_t size, std::span<std::uint8_t>& room);
   Data(const Data& other) noexcept;
   Data(Data&& other) noexcept : block_(std::exchange(other.block_, nullptr)) {}
   Data& operator=(Data other) noexcept {

@@ -15,7 +15,7 @@ struct Block {
   std::uint32_t size = 0;
   std::uint32_t capacity = 0;
   BlockKind kind;
-  std::uint32_t indexMask = 0;  // of a dictionary
+  std::uint32_t indexMask = 0;  // of a dictionary; of data nonzero when the bytes are to be overwritten in the end
 
   [[nodiscard]] bool isShared() const { return references.load(std::memory_order_acquire) != 1; }
 };
