@@ -41,6 +41,7 @@ check layers scripts/check_layers.py
 check names scripts/check_names.py
 check "headers alone and twice" scripts/check_headers.py
 check build build_release
+check "answers beside those of Node" scripts/oracle.sh build/release/apps/quorvel/quorvel
 check "install tree" scripts/check_install.sh
 check "symbols of the shared library" check_symbols
 check clang-tidy scripts/tidy.sh build/release

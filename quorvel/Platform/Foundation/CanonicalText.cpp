@@ -38,11 +38,61 @@ constexpr bool mayContinueSyllable(char32_t scalar) {
   return (scalar >= 0x1160 && scalar <= 0x11FF) || (scalar >= 0xD7B0 && scalar <= 0xD7FF);
 }
 
+/// The marks that stand one after another, decomposed, to be put in canonical order.
+class MarkRun {
+ public:
+  void append(char32_t scalar) {
+    char16_t units[kDecompositionUnits];
+    UErrorCode status = U_ZERO_ERROR;
+    const std::int32_t size =
+        unorm2_getDecomposition(decomposition(), static_cast<UChar32>(scalar), units, kDecompositionUnits, &status);
+    if (size < 0) return add(scalar);
+    const StringView parts(units, static_cast<std::size_t>(size));
+    for (std::size_t at = 0; at < parts.size();) add(unicode::nextScalar(parts, at));
+  }
+  /// Appends the marks in order, those of one class as they came, and forgets them.
+  void finish(StringBuilder& out) {
+    std::ranges::stable_sort(marks_, {}, &Mark::combiningClass);
+    for (const Mark& mark : marks_) out.appendScalar(mark.scalar);
+    marks_.clear();
+  }
+
+ private:
+  struct Mark {
+    std::uint8_t combiningClass;
+    char32_t scalar;
+  };
+  static constexpr std::int32_t kDecompositionUnits = 32;
+
+  void add(char32_t scalar) { marks_.push_back({u_getCombiningClass(static_cast<UChar32>(scalar)), scalar}); }
+
+  std::vector<Mark> marks_;
+};
+
+/// Whether the scalar, decomposed, begins with a mark that canonical order may move.
+bool isMovable(char32_t scalar) {
+  return scalar >= 0x300 &&
+         u_getIntPropertyValue(static_cast<UChar32>(scalar), UCHAR_LEAD_CANONICAL_COMBINING_CLASS) != 0;
+}
+
+/// True where the text may hold more than twice `kLongRun` units of movable marks one after another.
+bool mayHaveLongRun(StringView text) {
+  constexpr std::size_t kLongRun = 32;
+  int marks = 0;
+  for (std::size_t i = kLongRun; i < text.size() && marks < 2; i += kLongRun) {
+    std::size_t at = unicode::isLowSurrogate(text[i]) ? i - 1 : i;
+    marks = text[i] >= 0x300 && isMovable(unicode::nextScalar(text, at)) ? marks + 1 : 0;
+  }
+  return marks >= 2;
+}
+
 using Transform = std::int32_t (*)(StringView, char16_t* out, std::int32_t capacity, UErrorCode&);
 
 /// Puts what `transform` makes of `text` in place of what `out` held.
 void apply(Transform transform, StringView text, StringBuilder& out) {
   contract(text.size() <= INT32_MAX, "CanonicalText", "a sequence of more than 2^31 units");
+  StringBuilder ordered;
+  text = withMarksInOrder(text, ordered);
   std::size_t capacity = text.size() + 16;
   for (int attempt = 0; attempt < 2; ++attempt) {
     UErrorCode status = U_ZERO_ERROR;
@@ -86,6 +136,22 @@ bool isSequenceBoundary(StringView text, std::size_t index) {
   }
   const auto code = static_cast<UChar32>(scalar);
   return (U_GET_GC_MASK(code) & U_GC_M_MASK) == 0 && unorm2_hasBoundaryBefore(composition(), code);
+}
+
+StringView withMarksInOrder(StringView text, StringBuilder& ordered) {
+  if (!mayHaveLongRun(text)) return text;
+  MarkRun run;
+  for (std::size_t at = 0; at < text.size();) {
+    const char32_t scalar = unicode::nextScalar(text, at);
+    if (isMovable(scalar)) {
+      run.append(scalar);
+    } else {
+      run.finish(ordered);
+      ordered.appendScalar(scalar);
+    }
+  }
+  run.finish(ordered);
+  return ordered.view();
 }
 
 void appendDecomposed(StringView text, bool ignoresCase, StringBuilder& out) {

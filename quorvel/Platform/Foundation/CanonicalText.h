@@ -14,6 +14,10 @@ namespace quorvel {
 /// and a surrogate pair is one. CR LF are two sequences.
 [[nodiscard]] bool isSequenceBoundary(StringView text, std::size_t index);
 
+/// A canonically equivalent text in which long runs of marks stand in canonical order; the text itself where it has
+/// none. ICU orders marks by insertion, and takes the square of their number for a run that is the wrong way round.
+[[nodiscard]] StringView withMarksInOrder(StringView text, StringBuilder& ordered);
+
 /// Appends the canonical decomposition of the text (UAX #15, form D), or with case ignored that of its folded form.
 void appendDecomposed(StringView text, bool ignoresCase, StringBuilder& out);
 /// Appends the canonical composition of the text (form C).

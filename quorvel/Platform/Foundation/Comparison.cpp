@@ -99,6 +99,10 @@ std::weak_ordering compareByICU(StringView a, StringView b, bool ignoresCase) {
   // ICU's comparison goes astray, beyond its own buffers, where one text has a pair and the other the unpaired first
   // half of it before something that folds or decomposes.
   if (!unicode::isWellFormed(a) || !unicode::isWellFormed(b)) return compareForms(a, b, ignoresCase);
+  StringBuilder left;
+  StringBuilder right;
+  a = withMarksInOrder(a, left);
+  b = withMarksInOrder(b, right);
   UErrorCode status = U_ZERO_ERROR;
   const std::uint32_t options = ignoresCase ? U_COMPARE_IGNORE_CASE : 0;
   return unorm_compare(a.data(), sizeOf(a), b.data(), sizeOf(b), options, &status) <=> 0;
