@@ -23,6 +23,7 @@ TEST(VersionHelper, AVersionIsOneNumber) {
       {u"\uFF11.2", 20000, "a full-width digit is none"},
       {u"0.0.0.999999999999999999", 999999999999999999, "eighteen digits"},
       {u"0.0.0.1000000000000000000", 1000000000000000000, "nineteen digits"},
+      {u"0.0.0.99999999999999999999", INT64_MAX, "twenty digits"},
       {u"0000000000000000000000001", 1000000, "leading zeros do not use up the range"},
       {u"9223372036854775807.1", INT64_MAX, "beyond the range its end"},
       {u"0.0.-1.9223372036854775807", 9223372036854775707, "clamped once, at the end"},

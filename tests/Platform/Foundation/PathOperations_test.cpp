@@ -18,6 +18,7 @@ TEST(PathOperations, TakeAPathApart) {
       {u"/.zip", u".zip", u"", u"/.zip", u"/"},
       {u"foo.", u"foo.", u"", u"foo.", u""},
       {u"..", u"..", u"", u"..", u""},
+      {u"..zip", u"..zip", u"", u"..zip", u""},
       {u"...a.b", u"...a.b", u"b", u"...a", u""},
       {u".scratch.tiff", u".scratch.tiff", u"tiff", u".scratch", u""},
       {u"scratch..tiff", u"scratch..tiff", u"tiff", u"scratch.", u""},

@@ -46,6 +46,7 @@ TEST(PropertyList, ReadsXMLValues) {
       {"<integer>18446744073709551616</integer>", nil, "beyond 64 bits"},
       {"<integer>--1</integer>", nil, "two signs"},
       {"<date>2001-02-29T00:00:00Z</date>", nil, "no such day"},
+      {"<date>2001-01-01T24:00:00Z</date>", nil, "no such hour"},
       {"<data>A</data>", nil, "no Base64"},
       {"<other/>", nil, "a tag that is not known"},
   };
