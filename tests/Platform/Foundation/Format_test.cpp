@@ -1,6 +1,7 @@
 #include <cmath>
 
 #include <gtest/gtest.h>
+#include <tests/support/Row.h>
 
 #include <quorvel/Platform/Foundation/Format.h>
 #include <quorvel/Platform/Foundation/Limits.h>
@@ -8,16 +9,10 @@
 namespace quorvel {
 namespace {
 
-struct FormatRow {
-  std::string format;
-  List arguments;
-  std::string text;
-};
-
 std::span<const Value> spanOf(const List& list) { return {list.begin(), list.size()}; }
 
 TEST(Format, ObjectsAlone) {
-  const FormatRow rows[] = {
+  const test::Row<std::string, List, std::string> rows[] = {
       {"%@-%@", {u"a"}, "a-(null)"},
       {"%2$@%1$@%@", {u"a", 2}, "2aa"},
       {"%0$@ %99999999999999999999$@", {1}, "(null) (null)"},
@@ -28,7 +23,7 @@ TEST(Format, ObjectsAlone) {
       {"%4@|%-4@|%.2@", {u"ab", u"ab", u"abc"}, "  ab|ab  |ab"},
       {"%.1@%.2@", {u"\U0001F600", u"\U0001F600"}, "😀"},
       {"%한", {}, "%한"},
-      {"%@", {List{null}}, "(\n    <null>\n)"},
+      {"%@", {Value(List{null})}, "(\n    <null>\n)"},
   };
   for (const auto& [format, arguments, text] : rows) {
     EXPECT_EQ(formatObjects(*String::fromUTF8(format), spanOf(arguments)).toUTF8Replacing(), text) << format;
@@ -37,7 +32,7 @@ TEST(Format, ObjectsAlone) {
 }
 
 TEST(Format, NumbersAsCPrintsThem) {
-  const FormatRow rows[] = {
+  const test::Row<std::string, List, std::string> rows[] = {
       {"%d %i %5d|%-5d|%05d|%+d|% d|%.3d", {1, -2, 3, 4, -5, 6, 7, 8}, "1 -2     3|4    |-0005|+6| 7|008"},
       {"%08.3d|%.0d|", {5, 0}, "     005||"},
       {"%x %X %#x %#X %o %#o %#x", {255, 255, 255, 255, 8, 8, 0}, "ff FF 0xff 0XFF 10 010 0"},

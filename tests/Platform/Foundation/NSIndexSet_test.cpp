@@ -7,7 +7,6 @@
 #include <quorvel/Platform/Foundation/NSIndexSet.h>
 
 namespace quorvel {
-namespace {
 
 TEST(NSIndexSet, IsTheSetOfItsIndexes) {
   std::mt19937 random(3);
@@ -37,5 +36,4 @@ TEST(NSIndexPath, IsAValue) {
   EXPECT_EQ((NSIndexPath{1, -3}.description()), u"{length = 2, path = 1 - -3}");
 }
 
-}  // namespace
 }  // namespace quorvel

