@@ -55,6 +55,7 @@ Names listedNames() {
   std::ifstream file(QUORVEL_DOCS "/operation-names.tsv");
   for (std::string line; std::getline(file, line);) {
     const std::size_t tab = line.find('\t');
+    if (line.find('\t', tab + 1) != std::string::npos) continue;  // takes an object, or is private
     names.emplace(line.substr(0, tab), line.substr(tab + 1));
   }
   return names;
