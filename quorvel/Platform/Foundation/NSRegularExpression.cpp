@@ -10,6 +10,7 @@
 #include <quorvel/Platform/Foundation/Log.h>
 #include <quorvel/Platform/Foundation/NSRegularExpression.h>
 #include <quorvel/Platform/Foundation/PatternTraits.h>
+#include <quorvel/Platform/Foundation/ReplacementTemplate.h>
 #include <quorvel/Platform/Foundation/Unicode.h>
 
 namespace quorvel {
@@ -360,62 +361,8 @@ std::optional<NSRange> NSRegularExpression::firstMatch(StringView text, NSRange 
   return search.group(0);
 }
 
-namespace {
-
-constexpr bool isDigit(char16_t unit) { return unit >= u'0' && unit <= u'9'; }
-
-/// A replacement template taken apart: literal pieces, each followed by a group or by none.
-class Template {
- public:
-  Template(StringView source, std::size_t groupCount) {
-    for (std::size_t i = 0; i < source.size();) i = read(source, i, groupCount);
-    pieces_.push_back({literal_.size(), kNoGroup});
-  }
-
-  /// `groupOf(number)` answers the text of a group, empty when it took no part.
-  template <class GroupOf>
-  void expand(StringBuilder& out, GroupOf groupOf) const {
-    std::size_t from = 0;
-    for (const Piece& piece : pieces_) {
-      out.append(StringView(literal_.data() + from, piece.literalEnd - from));
-      if (piece.group != kNoGroup) out.append(groupOf(piece.group));
-      from = piece.literalEnd;
-    }
-  }
-
- private:
-  static constexpr std::size_t kNoGroup = SIZE_MAX;
-  struct Piece {
-    std::size_t literalEnd;
-    std::size_t group;
-  };
-
-  std::size_t read(StringView source, std::size_t i, std::size_t groupCount) {
-    const char16_t unit = source[i];
-    const bool hasNext = i + 1 < source.size();
-    if (unit == u'$' && hasNext && isDigit(source[i + 1])) return readGroup(source, i + 1, groupCount);
-    if (unit == u'\\' && hasNext) ++i;
-    literal_ += source[i];
-    return i + 1;
-  }
-  /// The first digit always belongs to the number, the next ones as long as such a group exists.
-  std::size_t readGroup(StringView source, std::size_t i, std::size_t groupCount) {
-    std::size_t number = source[i++] - u'0';
-    while (i < source.size() && isDigit(source[i]) && number * 10 + (source[i] - u'0') <= groupCount) {
-      number = number * 10 + (source[i++] - u'0');
-    }
-    pieces_.push_back({literal_.size(), number <= groupCount ? number : kNoGroup});
-    return i;
-  }
-
-  std::u16string literal_;
-  std::vector<Piece> pieces_;
-};
-
-}  // namespace
-
 String NSRegularExpression::replacingMatches(StringView text, StringView replacementTemplate) const {
-  const Template expansion(replacementTemplate, groupCount());
+  const ReplacementTemplate expansion(replacementTemplate, groupCount());
   StringBuilder out;
   std::size_t from = 0;
   Compiled::Search search(*compiled_, text, {0, text.size()});
