@@ -99,6 +99,12 @@ void appendDecomposed(StringView text, bool ignoresCase, StringBuilder& out) {
   out.append(form.view());
 }
 
+void appendComposed(StringView text, StringBuilder& out) {
+  StringBuilder form;
+  apply(compose, text, form);
+  out.append(form.view());
+}
+
 CanonicalText::CanonicalText(StringView text, bool ignoresCase) : text_(text), ignoresCase_(ignoresCase) {
   units_.reserve(text.size() + text.size() / 16);
   for (std::size_t start = 0; start < text.size();) {

@@ -16,6 +16,8 @@ namespace quorvel {
 
 /// Appends the canonical decomposition of the text (UAX #15, form D), or with case ignored that of its folded form.
 void appendDecomposed(StringView text, bool ignoresCase, StringBuilder& out);
+/// Appends the canonical composition of the text (form C).
+void appendComposed(StringView text, StringBuilder& out);
 
 /// A text in a form that is the same for all canonically equivalent texts (UAX #15, form C), or with case ignored the
 /// same for all caseless equivalent ones (Unicode, chapter 3.13, D145).
