@@ -31,6 +31,8 @@ inline constexpr std::size_t kRegularExpressionMatchBytes = 256 * 1024 * 1024;
 inline constexpr std::size_t kRegularExpressionCache = 64;
 /// UTF-16 units of the longest pattern that is compiled; a longer one counts as a pattern that does not compile.
 inline constexpr std::size_t kRegularExpressionPattern = 64 * 1024;
+/// UTF-16 units of the longest search term that counts as half typed; a longer one matches as it is.
+inline constexpr std::size_t kTypedTerm = 128;
 /// Width and precision of a conversion in a format; a larger one is taken as this.
 inline constexpr int kFormatWidth = 4096;
 /// Decimals of a byte size; a larger count is taken as this.
