@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -153,6 +154,23 @@ std::optional<NSIndexSet> Reader<NSIndexSet>::read(const Value& json, std::strin
     indexes.push_back(*index);
   }
   return NSIndexSet(std::move(indexes));
+}
+std::optional<MatchOptions> Reader<MatchOptions>::read(const Value& json, std::string& reason) {
+  constexpr std::pair<StringView, bool MatchOptions::*> kNames[] = {{u"case", &MatchOptions::ignoresCase},
+                                                                    {u"accents", &MatchOptions::ignoresAccents},
+                                                                    {u"width", &MatchOptions::ignoresWidth},
+                                                                    {u"hangul", &MatchOptions::partialHangul}};
+  const List* list = json.asList();
+  if (!list) return refuse<MatchOptions>("a list of options", json, reason);
+  MatchOptions options;
+  for (const Value& element : *list) {
+    const auto* known = std::ranges::find_if(kNames, [&](const auto& name) { return element == Value(name.first); });
+    if (known == std::end(kNames)) {
+      return refuse<MatchOptions>("\"case\", \"accents\", \"width\" or \"hangul\"", element, reason);
+    }
+    options.*known->second = true;
+  }
+  return options;
 }
 std::optional<NSSortDescriptor> Reader<NSSortDescriptor>::read(const Value& json, std::string& reason) {
   const List* pair = json.asList();

@@ -12,6 +12,7 @@
 #include <quorvel/Platform/Foundation/NSIndexPath.h>
 #include <quorvel/Platform/Foundation/NSIndexSet.h>
 #include <quorvel/Platform/Foundation/NSSortDescriptor.h>
+#include <quorvel/Platform/Foundation/TextMatcher.h>
 
 namespace quorvel::command {
 
@@ -49,6 +50,7 @@ QUORVEL_ARGUMENT(NSMutableAttributedString);
 QUORVEL_ARGUMENT(NSIndexPath);       // [section, item]
 QUORVEL_ARGUMENT(NSIndexSet);        // a list of indexes
 QUORVEL_ARGUMENT(NSSortDescriptor);  // "key path", or [key path, ascending]
+QUORVEL_ARGUMENT(MatchOptions);      // a list of "case", "accents", "width", "hangul"
 #undef QUORVEL_ARGUMENT
 
 /// Pairs for `init(tuples:)`: a list of [key, value].

@@ -54,6 +54,8 @@ inline constexpr std::string_view kTypeText<NSCharacterSet> = "NSCharacterSet";
 template <>
 inline constexpr std::string_view kTypeText<Difference> = "Difference";
 template <>
+inline constexpr std::string_view kTypeText<PatternResult> = "PatternResult";
+template <>
 inline constexpr std::string_view kTypeText<std::span<const Value>> = "std::span<const Value>";
 
 template <class T>

@@ -73,6 +73,15 @@ NSAttributedString highlighted(StringView text, StringView keywords) {
   return result ? NSAttributedString(*result) : NSAttributedString();
 }
 
+NSAttributedString highlighted(StringView text, const std::vector<NSRange>& ranges) {
+  const auto color = [](std::uint32_t hex) {
+    return Attributes{{kForegroundColorAttribute, UIColorWithHex::colorWithAlphaHex(hex)}};
+  };
+  NSMutableAttributedString result(text, color(kBaseColor));
+  result.addAttributes(color(kHighlightColor), ranges);
+  return NSAttributedString(result);
+}
+
 void appendHit(std::string& out, const Dictionary& record, const NSAttributedString& text, bool colored) {
   appendHead(out, record, colored);
   out += kIndent;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include <quorvel/Platform/Foundation/NSAttributedString.h>
 #include <quorvel/Platform/Foundation/Value.h>
@@ -10,6 +11,9 @@ namespace quorvel::command {
 
 /// The message's text with every keyword highlighted.
 [[nodiscard]] NSAttributedString highlighted(StringView text, StringView keywords);
+
+/// The message's text with these ranges highlighted, in the same colours.
+[[nodiscard]] NSAttributedString highlighted(StringView text, const std::vector<NSRange>& ranges);
 
 /// Appends room, sender, time, marks, the text and the attachment, a blank line at the end.
 void appendHit(std::string& out, const Dictionary& record, const NSAttributedString& text, bool colored);

@@ -63,6 +63,16 @@ std::optional<Value> resultToWire(const Difference& difference) {
   return Value(Dictionary{{u"pointer", *pointer}, {u"first", *first}, {u"second", *second}});
 }
 
+std::optional<Value> resultToWire(const PatternResult& result) {
+  static constexpr StringView kOutcomes[] = {u"match", u"no match", u"bad pattern", u"limit reached"};
+  Dictionary wire{{u"outcome", kOutcomes[static_cast<std::size_t>(result.outcome)]}};
+  if (result.outcome == PatternOutcome::BadPattern) {
+    wire.set(u"offset", result.offset);
+    wire.set(u"reason", String::fromUTF8Replacing(result.reason));
+  }
+  return Value(wire);
+}
+
 std::optional<Value> resultToWire(NSRange range) { return Value(List{range.location, range.length}); }
 
 std::optional<Value> resultToWire(const NSURL& url) { return Value(url.absoluteString()); }

@@ -11,6 +11,7 @@
 #include <quorvel/Platform/Foundation/FirstDifference.h>
 #include <quorvel/Platform/Foundation/NSIndexPath.h>
 #include <quorvel/Platform/Foundation/NSURL.h>
+#include <quorvel/Utility/StringUtils.h>
 
 namespace quorvel::command {
 
@@ -35,6 +36,8 @@ template <Arithmetic T>
 [[nodiscard]] std::optional<Value> resultToWire(NSIndexPath path);
 /// {"pointer": "...", "first": ..., "second": ...}; null for a side that has nothing there.
 [[nodiscard]] std::optional<Value> resultToWire(const Difference& difference);
+/// {"outcome": "match" | "no match" | "bad pattern" | "limit reached"}; for a bad pattern also "offset" and "reason".
+[[nodiscard]] std::optional<Value> resultToWire(const PatternResult& result);
 
 template <class T>
 [[nodiscard]] std::optional<Value> resultToWire(const std::optional<T>& value) {

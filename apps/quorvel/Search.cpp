@@ -2,6 +2,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <iterator>
 
 #include <apps/quorvel/Hit.h>
 #include <apps/quorvel/Reply.h>
@@ -14,6 +15,7 @@
 #include <quorvel/Extensions/Foundation/NSString+TextSearch.h>
 #include <quorvel/Platform/Foundation/NSRegularExpression.h>
 #include <quorvel/Platform/Foundation/StringOperations.h>
+#include <quorvel/Utility/TextMatch.h>
 
 namespace quorvel::command {
 namespace {
@@ -36,9 +38,11 @@ std::vector<StringView> keywordsOf(StringView text) {
   return keywords;
 }
 
-/// The text in its searchable form, or nil when it never becomes searchable.
-std::optional<String> searchableText(const String& typed) {
+/// The text in its searchable form, or nil when it never becomes searchable. What is matched while it is typed needs
+/// no complete last letter.
+std::optional<String> searchableText(const String& typed, bool typing) {
   using NSStringTextSearch::isSearchableString;
+  if (typing) return keywordsOf(typed).empty() ? std::nullopt : std::optional<String>(trimmedOfWhitespace(typed));
   String cleaned = isSearchableString(typed) ? String(trimmedOfWhitespace(typed))
                                              : NSStringTextSearch::removeInvaildSearchStr(typed).value_or(typed);
   if (!isSearchableString(cleaned) || keywordsOf(cleaned).empty()) return nil;
@@ -77,22 +81,34 @@ class Progress {
   Clock::time_point last_ = Clock::now();
 };
 
+/// Finds the keywords, literally or, with --typing, as they are being typed.
 class Matcher {
  public:
-  explicit Matcher(StringView text) {
+  Matcher(StringView text, bool typing) : text_(text) {
     for (const StringView keyword : keywordsOf(text)) {
-      if (auto expression =
-              NSRegularExpression::withPattern(keyword, RegularExpressionOptions::CaseInsensitiveLiteral)) {
+      if (typing) {
+        typed_.emplace_back(keyword, MatchOptions{.ignoresCase = true, .partialHangul = true});
+      } else if (auto expression =
+                     NSRegularExpression::withPattern(keyword, RegularExpressionOptions::CaseInsensitiveLiteral)) {
         expressions_.push_back(std::move(*expression));
       }
     }
   }
   [[nodiscard]] bool matches(StringView text) const {
-    return std::ranges::any_of(expressions_, [text](const auto& expression) { return expression.hasMatch(text); });
+    const auto hasMatch = [text](const auto& matcher) { return matcher.hasMatch(text); };
+    return std::ranges::any_of(expressions_, hasMatch) || std::ranges::any_of(typed_, hasMatch);
+  }
+  [[nodiscard]] NSAttributedString marked(StringView text) const {
+    if (typed_.empty()) return highlighted(text, text_);
+    std::vector<NSRange> ranges;
+    for (const TextMatcher& matcher : typed_) std::ranges::copy(matcher.ranges(text), std::back_inserter(ranges));
+    return highlighted(text, ranges);
   }
 
  private:
+  StringView text_;
   std::vector<NSRegularExpression> expressions_;
+  std::vector<TextMatcher> typed_;
 };
 
 bool wantsColor(const SearchOptions& options) {
@@ -105,7 +121,7 @@ bool wantsColor(const SearchOptions& options) {
 /// Writes the hits of the reply into `out` and answers how many there are.
 std::uint64_t collectHits(const SearchOptions& options, const String& text, const Reply& reply, Progress& progress,
                           std::string& out) {
-  const Matcher matcher(text);
+  const Matcher matcher(text, options.typing);
   const String field = String::fromUTF8Replacing(options.field);
   const bool colored = wantsColor(options);
   std::uint64_t hits = 0;
@@ -118,7 +134,7 @@ std::uint64_t collectHits(const SearchOptions& options, const String& text, cons
     if (!message || !matcher.matches(*message)) continue;
     ++hits;
     if (options.limit != 0 && hits > options.limit) continue;
-    const NSAttributedString marked = highlighted(*message, text);
+    const NSAttributedString marked = matcher.marked(*message);
     options.json ? appendHitJSON(out, record, marked) : appendHit(out, record, marked, colored);
   }
   return hits;
@@ -136,9 +152,12 @@ std::string summary(std::uint64_t hits, const Reply& reply, std::uint64_t shown,
 
 int search(const SearchOptions& options) {
   const auto start = Clock::now();
-  const std::optional<String> text = searchableText(options.text);
+  const std::optional<String> text = searchableText(options.text, options.typing);
   const std::string typed = options.text.toUTF8Replacing();
-  if (!text) return complain("'" + typed + "' is no search text: it needs two letters and a complete last one", kUsage);
+  if (!text) {
+    const char* needs = options.typing ? "a letter" : "two letters and a complete last one";
+    return complain("'" + typed + "' is no search text: it needs " + needs, kUsage);
+  }
 
   // With --json standard output is for the hits alone.
   FILE* const notes = options.json ? stderr : stdout;

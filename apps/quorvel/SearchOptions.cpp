@@ -16,6 +16,7 @@ const char kSearchUsage[] =
     "  --field NAME   the key of a record's text (text)\n"
     "  --url BASE     print the whole address of the request, not the query alone\n"
     "  --limit N      show at most N hits (20); 0 shows all\n"
+    "  --typing       match the keywords as they are typed in Korean: 'ㅎㄱ' and '한ㄱ' find '한글'\n"
     "  --json         one JSON object a hit and line on standard output, nothing else there\n"
     "  --color WHEN   auto, always or never (auto)\n";
 
@@ -67,8 +68,8 @@ std::variant<SearchOptions, std::string> parseSearchOptions(std::span<const std:
   bool hasText = false;
   for (std::size_t i = 0; i < arguments.size(); ++i) {
     const std::string_view word = arguments[i];
-    if (word == "--json") {
-      options.json = true;
+    if (word == "--json" || word == "--typing") {
+      (word == "--json" ? options.json : options.typing) = true;
       continue;
     }
     if (word == "--help" || word == "-h") {

@@ -21,6 +21,7 @@ struct SearchOptions {
   std::string url;
   std::uint64_t limit = 20;  // 0 for all
   bool json = false;
+  bool typing = false;  // the text is half typed
   bool help = false;
   ColorChoice color = ColorChoice::Auto;
 };

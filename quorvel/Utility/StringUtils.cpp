@@ -53,6 +53,17 @@ bool StringUtils::matches(StringView text, StringView pattern) {
   return expression && expression->hasMatch(text);
 }
 
+PatternResult StringUtils::matchesResult(StringView text, StringView pattern) {
+  PatternError error;
+  const auto expression = NSRegularExpression::withPattern(pattern, RegularExpressionOptions::CaseInsensitive, &error);
+  if (!expression) return {PatternOutcome::BadPattern, error.offset, error.reason};
+  if (isEmpty(text)) return {};
+  auto how = NSRegularExpression::Outcome::Complete;
+  const bool found = expression->hasMatch(text, &how);
+  if (how == NSRegularExpression::Outcome::LimitReached) return {PatternOutcome::LimitReached};
+  return {found ? PatternOutcome::Match : PatternOutcome::NoMatch};
+}
+
 // "^\d+$" without an expression: the same answers from one look at each unit.
 bool StringUtils::isNumber(StringView text) { return isAllDigits(text.sub(0, lastTerminator(text))); }
 

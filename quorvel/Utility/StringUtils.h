@@ -8,6 +8,15 @@
 
 namespace quorvel {
 
+enum class PatternOutcome : std::uint8_t { Match, NoMatch, BadPattern, LimitReached };
+
+struct PatternResult {
+  PatternOutcome outcome = PatternOutcome::NoMatch;
+  /// Where a bad pattern stops to be one, in UTF-16 units, and why; 0 and empty otherwise.
+  std::uint64_t offset = 0;
+  const char* reason = "";
+};
+
 class StringUtils : public StringUtilsHighlight {
  public:
   StringUtils() = delete;
@@ -41,6 +50,9 @@ class StringUtils : public StringUtilsHighlight {
   /// `matches:pattern:`: true when the pattern (ICU syntax, ignoring case) matches anywhere in the text. False for a
   /// blank text, for a pattern that does not compile, and when a limit of LIMITS.md is reached.
   [[nodiscard]] static bool matches(StringView text, StringView pattern);
+  /// `matchesResult`: the same question with an answer that tells why there is no match: `matches:pattern:` is true
+  /// exactly for `PatternOutcome::Match`. A pattern that does not compile is told for a blank text too.
+  [[nodiscard]] static PatternResult matchesResult(StringView text, StringView pattern);
   /// `isNumber:`: `matches:pattern:` with "^\d+$": decimal digits of any script (general category Nd), and perhaps one
   /// line terminator at the end.
   [[nodiscard]] static bool isNumber(StringView text);

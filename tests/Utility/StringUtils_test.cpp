@@ -90,7 +90,38 @@ TEST(StringUtils, MatchesAnywhereIgnoringCase) {
       {u"\U0001F600", u"^.$", true, "a pair is one character"},
       {u"Stra\u00DFe", u"STRASSE", true, "full folding"},
   };
-  for (const auto& [text, pattern, matches, why] : rows) EXPECT_EQ(StringUtils::matches(text, pattern), matches) << why;
+  for (const auto& [text, pattern, matches, why] : rows) {
+    EXPECT_EQ(StringUtils::matches(text, pattern), matches) << why;
+    EXPECT_EQ(StringUtils::matchesResult(text, pattern).outcome == PatternOutcome::Match, matches) << why;
+  }
+}
+
+TEST(StringUtils, MatchesResultTellsWhyThereIsNone) {
+  const std::u16string many(40, u'a');
+  const struct {
+    StringView text;
+    StringView pattern;
+    PatternOutcome outcome;
+    std::uint64_t offset;
+    const char* why;
+  } rows[] = {
+      {u"ABC", u"b", PatternOutcome::Match, 0, "a match"},
+      {u"ABC", u"x", PatternOutcome::NoMatch, 0, "none"},
+      {u" ", u" ", PatternOutcome::NoMatch, 0, "a blank text matches nothing"},
+      {nil, u"b", PatternOutcome::NoMatch, 0, "nor does a nil one"},
+      {u"ABC", u"\U0001F600[b-a]", PatternOutcome::BadPattern, 6, "units, not the five characters"},
+      {u" ", u"a(b", PatternOutcome::BadPattern, 3, "told for a blank text too"},
+      {u"ABC", u"", PatternOutcome::BadPattern, 0, "an empty pattern"},
+      {u"ABC", nil, PatternOutcome::BadPattern, 0, "a nil one"},
+      {many, u"(a+)+$b", PatternOutcome::LimitReached, 0, "work without end"},
+  };
+  for (const auto& [text, pattern, outcome, offset, why] : rows) {
+    const PatternResult result = StringUtils::matchesResult(text, pattern);
+    EXPECT_EQ(result.outcome, outcome) << why;
+    EXPECT_EQ(result.offset, offset) << why;
+    EXPECT_EQ(*result.reason != 0, outcome == PatternOutcome::BadPattern) << why;
+    EXPECT_EQ(StringUtils::matches(text, pattern), outcome == PatternOutcome::Match) << why;
+  }
 }
 
 TEST(StringUtils, NumbersAreDigitsOfAnyScript) {

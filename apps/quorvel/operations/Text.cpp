@@ -36,6 +36,8 @@ constexpr Operation kRows[] = {
                                             R"(["STRASSE", "straße"])"),
     op<&StringUtils::matches>(kClass, "matches:pattern:", "text, pattern",
                               "whether a regular expression matches anywhere, ignoring case", R"(["ABC", "b"])"),
+    op<&StringUtils::matchesResult>(kClass, "matchesResult", "text, pattern",
+                                    "the same, telling a bad pattern and a reached limit apart", R"(["ABC", "(b"])"),
     op<&StringUtils::isNumber>(kClass, "isNumber:", "text", "whether the text is decimal digits", R"(["12345"])"),
     op<&StringUtils::collectionToCommaDelimitedString>(kClass, "collectionToCommaDelimitedString:", "list",
                                                        "the elements' plain texts with commas between",

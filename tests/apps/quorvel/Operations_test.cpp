@@ -203,6 +203,13 @@ constexpr CallRow kCalls[] = {
     {"deep equality", "firstDifference", R"([{"a": [1, null]}, {"a": [1]}])",
      R"({"pointer":"\/a\/1","first":{"$null":true},"second":null})", "a null marker against nothing"},
     {"deep equality", "firstDifference", "[[1], [true]]", "null", "no difference"},
+    {"StringUtils", "matchesResult", R"(["aé(b", "é\\("])", R"({"outcome":"match"})", "a match"},
+    {"StringUtils", "matchesResult", R"([null, "(b"])",
+     R"({"outcome":"bad pattern","offset":2,"reason":"U_REGEX_MISMATCHED_PAREN"})", "a pattern that does not compile"},
+    {"text matching", "matchRanges", R"(["Café", "CAFE", ["case", "accents"]])", "[[0,4]]", "options by name"},
+    {"text matching", "matchRanges", R"(["Café", "CAFE", ["color"]])",
+     R"(! 'matchRanges', argument 3 (options): expected "case", "accents", "width" or "hangul", got a string)",
+     "an unknown option"},
     {"nobody", "trim:", "[]", "! unknown family 'nobody'", "a family"},
     {"StringUtils", "trim:x", "[]", "! family 'StringUtils' has no operation 'trim:x'", "an operation"},
 };

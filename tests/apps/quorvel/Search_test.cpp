@@ -85,6 +85,33 @@ TEST(Search, CleansTextThatIsStillBeingTyped) {
   EXPECT_FALSE(contains(whole.err, "cleaned")) << whole.err;
 }
 
+TEST(Search, MatchesKeywordsAsTheyAreTyped) {
+  constexpr std::string_view kTyped = R"({"list":[{"text":"여자친구가 한글 Book"},{"text":"여자친구는 책"}]})";
+  const struct {
+    const char* text;
+    const char* ranges;
+    const char* why;
+  } rows[] = {
+      {"여자친구ㄱ", "[[0,5]]", "a letter at the end begins a syllable"},
+      {"ㅎㄱ", "[[6,2]]", "initials"},
+      {"한그,BOO", "[[6,2],[9,3]]", "keywords ignoring case"},
+      {"ㅎㄱ 한", "[[6,2]]", "places that two keywords share are one range"},
+      {"챍", "", "what stands nowhere"},
+  };
+  for (const auto& [text, ranges, why] : rows) {
+    const Outcome found = search(kTyped, {"--text", text, "--typing", "--json"});
+    EXPECT_EQ(found.status, 0) << found.err;
+    const bool isFound = *ranges != '\0';
+    EXPECT_EQ(found.out.empty(), !isFound) << why << found.out;
+    EXPECT_TRUE(!isFound || contains(found.out, "\"ranges\":" + std::string(ranges) + "}")) << why << found.out;
+    EXPECT_FALSE(contains(found.err, "cleaned")) << found.err;
+  }
+  const Outcome colored = search(kTyped, {"--text", "ㅎㄱ", "--typing", "--color=always"});
+  EXPECT_TRUE(contains(colored.out, "여자친구가 \x1b[1;38;2;21;126;251m한글\x1b[0m Book")) << colored.out;
+  EXPECT_EQ(search(kTyped, {"--text", "ㅎㄱ"}).status, 2) << "without the option a bare letter is no search text";
+  EXPECT_EQ(search(kTyped, {"--text", " , ", "--typing"}).status, 2) << "nothing to search for";
+}
+
 TEST(Search, BuildsTheWholeAddressBehindAnyBase) {
   const std::pair<const char*, const char*> rows[] = {
       {"https://example.org/find", "https://example.org/find?text=trip&limit=20\n"},
