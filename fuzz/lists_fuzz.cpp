@@ -8,6 +8,7 @@
 #include <quorvel/Extensions/Foundation/DeepEquality.h>
 #include <quorvel/Extensions/Foundation/NSArray+Additions.h>
 #include <quorvel/Platform/Foundation/FirstDifference.h>
+#include <quorvel/Platform/Foundation/KeyValueCoding.h>
 #include <quorvel/Utility/CollectionUtils.h>
 
 using namespace quorvel;
@@ -169,6 +170,21 @@ void checkMerging(const List& a, const List& b) {
     require(isSorted(*sorted) && kept(*merged, *sorted, false).isEmpty(), "mergeObjects sorts what it merges");
 }
 
+/// A path is its keys, one after the other.
+void checkKeyPath(fuzz::Input& input, const Value& value) {
+  static constexpr StringView kKeys[] = {u"a", u"b", u"c", u"d", u"@count", u"@allKeys", u"self", u"~1", u"", u"@"};
+  std::u16string path;
+  Value expected = value;
+  for (int left = input.byte() % 4, i = 0; i <= left; ++i) {
+    const StringView key = kKeys[input.byte() % std::size(kKeys)];
+    if (i > 0) path += u'.';
+    path += key.units();
+    expected = valueForKey(expected, key);
+  }
+  const Value found = valueForKeyPath(value, path);
+  require(found == expected && found.kind() == expected.kind(), "a key path follows its keys");
+}
+
 void checkEquality(const Value& a, const Value& b) {
   const bool isEqual = readEqual(a, b);
   require((a == b) == isEqual && (b == a) == isEqual, "== is deep equality");
@@ -196,5 +212,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   List changed = a;
   if (!changed.isEmpty()) changed.set(input.byte() % changed.size(), leaf(input));
   checkEquality(a, changed);
+  checkKeyPath(input, a);
+  if (!a.isEmpty()) checkKeyPath(input, a[0]);
   return 0;
 }

@@ -129,7 +129,7 @@ void TextMatcher::choosePlaces() {
   std::vector<Place> places;
   for (std::size_t i = 0; i < classes_.size() && i < kLook; ++i) places.push_back({classes_[i], i});
   if (open_ && places.size() == classes_.size()) places.back().units.others[1] = open_->first;
-  std::ranges::stable_sort(places, {}, [](const Place& place) { return place.units.frequency(); });
+  std::ranges::sort(places, {}, [](const Place& place) { return std::pair(place.units.frequency(), place.offset); });
   first_ = places.front();
   second_ = places[places.size() > 1 ? 1 : 0];
 }
