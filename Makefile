@@ -17,10 +17,10 @@ help: ## this list
 run: release ## search the sample archive (TEXT=...)
 	$(COMMAND) search --reply examples/archive.json --text "$$TEXT"
 
-test: release ## build and run the tests
-	ctest --preset release -j 2
+test: release ## build and run the tests; `make check` runs the slow ones
+	ctest --preset release -j 2 -LE slow
 
-check: packages ## format, layers, headers, names, style, install tree, clang-tidy
+check: packages ## format, layers, headers, names, style, install tree, clang-tidy, slow tests
 	@scripts/install-packages.sh packages-check.txt
 	scripts/check.sh
 
