@@ -155,6 +155,7 @@ void Keychain::configure(const KeychainConfiguration& configuration) {
   if (own.isLost) return;
   const std::lock_guard lock(own.mutex);
   own.session.reset();
+  own.place.handedIn = SecretBytes();
   own.handedIn = SecretBytes(configuration.masterKey.bytes());
   own.configuration = configuration;
   own.configuration.masterKey = {};
