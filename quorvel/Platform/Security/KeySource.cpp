@@ -32,7 +32,10 @@ class KeyFiles final : public MasterKeys {
     const FileState state = stateOf(folder_, file.c_str());
     if (state != FileState::Private) return state == FileState::Missing ? KeyState::Missing : KeyState::Refused;
     SecretBytes bytes(kKeyBytes);
-    if (readPrivate(folder_, file.c_str(), bytes.bytes()) != kKeyBytes) return KeyState::Refused;
+    if (readPrivate(folder_, file.c_str(), bytes.bytes()) != kKeyBytes) {
+      // It may have gone between the two looks: another process turned the store to a new master key.
+      return stateOf(folder_, file.c_str()) == FileState::Missing ? KeyState::Missing : KeyState::Refused;
+    }
     key = std::move(bytes);
     return KeyState::Ready;
   }

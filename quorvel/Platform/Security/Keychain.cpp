@@ -132,6 +132,22 @@ OSStatus changeMaster(std::optional<KeySource> to, const Data& masterKey) {
   });
 }
 
+void examine(KeychainReport& report) {
+  report.folder = Keychain::folder();
+  if (const Descriptor there = openPrivateFolder(report.folder, 1, false)) {
+    report.source = readKeySource(there.number());
+  }
+  KeychainSession::Census census;
+  report.status = administer(report.key, [&](KeychainSession& session) {
+    const OSStatus status = session.check(census);
+    report.roundTrip = session.testRoundTrip();
+    return status;
+  });
+  report.items = census.items;
+  report.unreadable = census.unreadable;
+  report.faults = std::move(census.faults);
+}
+
 }  // namespace
 
 OSStatus withKeychain(Purpose purpose, FunctionView<OSStatus(KeychainSession&)> work) {
@@ -155,6 +171,7 @@ void Keychain::configure(const KeychainConfiguration& configuration) {
   if (own.isLost) return;
   const std::lock_guard lock(own.mutex);
   own.session.reset();
+  own.place.handedIn = SecretBytes();
   own.handedIn = SecretBytes(configuration.masterKey.bytes());
   own.configuration = configuration;
   own.configuration.masterKey = {};
@@ -178,19 +195,11 @@ std::string Keychain::folder() {
 
 KeychainReport Keychain::doctor() {
   KeychainReport report;
-  report.folder = folder();
-  if (const Descriptor there = openPrivateFolder(report.folder, 1, false)) {
-    report.source = readKeySource(there.number());
+  try {
+    examine(report);
+  } catch (const std::bad_alloc&) {
+    report.status = errSecAllocate;
   }
-  KeychainSession::Census census;
-  report.status = administer(report.key, [&](KeychainSession& session) {
-    const OSStatus status = session.check(census);
-    report.roundTrip = session.testRoundTrip();
-    return status;
-  });
-  report.items = census.items;
-  report.unreadable = census.unreadable;
-  report.faults = std::move(census.faults);
   return report;
 }
 

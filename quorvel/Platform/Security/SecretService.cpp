@@ -48,8 +48,13 @@ struct Functions {
   QUORVEL_FUNCTION(g_hash_table_unref);
   QUORVEL_FUNCTION(g_str_hash);
   QUORVEL_FUNCTION(g_str_equal);
-  QUORVEL_FUNCTION(secret_service_get);
-  QUORVEL_FUNCTION(secret_service_get_finish);
+  QUORVEL_FUNCTION(g_bus_get);
+  QUORVEL_FUNCTION(g_bus_get_finish);
+  QUORVEL_FUNCTION(g_dbus_connection_get_exit_on_close);
+  QUORVEL_FUNCTION(g_dbus_connection_set_exit_on_close);
+  QUORVEL_FUNCTION(secret_service_open);
+  QUORVEL_FUNCTION(secret_service_open_finish);
+  QUORVEL_FUNCTION(secret_service_get_type);
   QUORVEL_FUNCTION(secret_service_search);
   QUORVEL_FUNCTION(secret_service_search_finish);
   QUORVEL_FUNCTION(secret_service_store);
@@ -96,6 +101,10 @@ class Exchange : public std::enable_shared_from_this<Exchange> {
   ~Exchange() {
     if (answer_) f_.g_object_unref(answer_);
     if (service_) f_.g_object_unref(service_);
+    if (bus_) {
+      f_.g_dbus_connection_set_exit_on_close(bus_, exitsOnClose_);
+      f_.g_object_unref(bus_);
+    }
     f_.g_object_unref(cancellable_);
     f_.g_main_context_unref(context_);
     f_.g_hash_table_unref(attributes_);
@@ -118,11 +127,16 @@ class Exchange : public std::enable_shared_from_this<Exchange> {
   }
 
   KeyState connect() {
-    if (!ask([this](auto... rest) { f_.secret_service_get(SECRET_SERVICE_OPEN_SESSION, rest...); })) {
+    const KeyState state = connectToBus();
+    if (state != KeyState::Ready) return state;
+    // Not the one that libsecret keeps for the process: its session dies with a service that is started anew.
+    if (!ask([this](auto... rest) {
+          f_.secret_service_open(f_.secret_service_get_type(), nullptr, SECRET_SERVICE_OPEN_SESSION, rest...);
+        })) {
       return KeyState::Silent;
     }
     GError* error = nullptr;
-    service_ = f_.secret_service_get_finish(answer_, &error);
+    service_ = f_.secret_service_open_finish(answer_, &error);
     if (error) f_.g_error_free(error);
     return service_ ? KeyState::Ready : KeyState::Unreachable;
   }
@@ -142,6 +156,19 @@ class Exchange : public std::enable_shared_from_this<Exchange> {
   [[nodiscard]] GAsyncResult* answer() const { return answer_; }
 
  private:
+  /// The session's bus, which libsecret will take too. By default GLib ends the process when that goes away; during an
+  /// exchange this must not happen.
+  KeyState connectToBus() {
+    if (!ask([this](auto... rest) { f_.g_bus_get(G_BUS_TYPE_SESSION, rest...); })) return KeyState::Silent;
+    GError* error = nullptr;
+    bus_ = f_.g_bus_get_finish(answer_, &error);
+    if (error) f_.g_error_free(error);
+    if (!bus_) return KeyState::Unreachable;
+    exitsOnClose_ = f_.g_dbus_connection_get_exit_on_close(bus_);
+    f_.g_dbus_connection_set_exit_on_close(bus_, FALSE);
+    return KeyState::Ready;
+  }
+
   static void received(GObject* /*source*/, GAsyncResult* result, gpointer data) {
     auto* exchange = static_cast<Exchange*>(data);
     const std::shared_ptr<Exchange> kept = std::move(exchange->self_);
@@ -169,6 +196,8 @@ class Exchange : public std::enable_shared_from_this<Exchange> {
   GMainContext* context_;
   GCancellable* cancellable_;
   GAsyncResult* answer_ = nullptr;
+  GDBusConnection* bus_ = nullptr;
+  gboolean exitsOnClose_ = FALSE;  // the policy of whoever else uses the bus
   SecretService* service_ = nullptr;
   std::shared_ptr<Exchange> self_;
 };
