@@ -9,7 +9,7 @@ FUZZ_SECONDS ?= 30
 COMMAND := build/release/apps/quorvel/quorvel
 
 .DEFAULT_GOAL := help
-.PHONY: help run test check fuzz bench docs clean release packages
+.PHONY: help run test slow check fuzz bench docs clean release packages
 
 help: ## this list
 	@sed -n 's/^\([a-z]*\):.*## /make \1\t/p' Makefile | expand -t 14
@@ -17,10 +17,13 @@ help: ## this list
 run: release ## search the sample archive (TEXT=...)
 	$(COMMAND) search --reply examples/archive.json --text "$$TEXT"
 
-test: release ## build and run the tests; `make check` runs the slow ones
+test: release ## build and run the tests but the slow ones
 	ctest --preset release -j 2 -LE slow
 
-check: packages ## format, layers, headers, names, style, install tree, clang-tidy, slow tests
+slow: release ## the slow tests: races, growth, the keychain's faults in full
+	ctest --preset release -L slow
+
+check: packages ## format, layers, headers, names, style, install tree, clang-tidy
 	@scripts/install-packages.sh packages-check.txt
 	scripts/check.sh
 

@@ -48,7 +48,6 @@ check names scripts/check_names.py
 check "headers alone and twice" scripts/check_headers.py
 check build build_release
 check "answers beside those of Node" scripts/oracle.sh build/release/apps/quorvel/quorvel
-check "slow tests" ctest --preset release -L slow
 check "keychain under a Secret Service" check_secret_service
 check "install tree" scripts/check_install.sh
 check "symbols of the shared library" check_symbols
