@@ -212,6 +212,8 @@ OSStatus KeychainStore::create(int folder, const std::string& path, KeySource so
               .c_str());
     }
     if (status == errSecSuccess) status = store.setWrappedKey(source, key);
+    // Before anyone else can open it: of several that turn it to a log at once, SQLite lets only one wait.
+    if (status == errSecSuccess) status = connection.run("PRAGMA journal_mode=WAL");
   }
   if (status == errSecSuccess &&
       (::renameat2(folder, kNewFile, folder, kFileName, RENAME_NOREPLACE) != 0 || ::fsync(folder) != 0)) {
