@@ -82,7 +82,7 @@ TEST(JSONReader, AfterEachPartOnlyWhatMayFollowIsAccepted) {
       {"[1]", "", "text after the end"},
   };
   for (const auto& [before, allowed, reason] : rows) {
-    const bool isSpaceAllowed = before.back() != 'u' && std::string_view(reason) != "a digit is missing";
+    const bool isSpaceAllowed = !before.ends_with('u') && std::string_view(reason) != "a digit is missing";
     for (char next = 1; next < 0x7F; ++next) {
       if (allowed.find(next) != allowed.npos) continue;
       if (isSpaceAllowed && std::string_view(" \t\r\n").find(next) != std::string_view::npos) continue;
