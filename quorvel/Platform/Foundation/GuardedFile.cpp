@@ -1,9 +1,9 @@
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <ctime>
 
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -93,7 +93,31 @@ FileDescriptor openLockFile(const FileDescriptor& folder, const char* name, File
   if (made.isOpen() && ::fchmod(made.number(), kPrivateFile) != 0) return fail(error, errno);
   if (made.isOpen()) return made;
   if (errno != EEXIST) return fail(error, errno);
-  return openRegularAt(folder.number(), name, O_RDONLY, Links::Refused, error);
+  return openRegularAt(folder.number(), name, O_RDWR, Links::Refused, error);
+}
+
+constexpr off_t kTurnByte = 0;
+constexpr off_t kOwnerByte = 1;
+
+/// Locks or unlocks one byte for this open file; threads exclude each other by opening it each for themselves.
+int setByte(const FileDescriptor& file, off_t byte, short type) {
+  struct flock range{};
+  range.l_type = type;
+  range.l_whence = SEEK_SET;
+  range.l_start = byte;
+  range.l_len = 1;
+  return ::fcntl(file.number(), F_OFD_SETLK, &range);
+}
+
+/// 0 when the byte is locked, or why not.
+int awaitByte(const FileDescriptor& file, off_t byte, std::chrono::steady_clock::time_point end) {
+  constexpr timespec kPause{0, 1'000'000};
+  while (setByte(file, byte, F_WRLCK) != 0) {
+    if (errno != EAGAIN && errno != EACCES && errno != EINTR) return errno;
+    if (std::chrono::steady_clock::now() > end) return ETIMEDOUT;
+    ::nanosleep(&kPause, nullptr);
+  }
+  return 0;
 }
 
 }  // namespace
@@ -144,14 +168,12 @@ FileDescriptor openPrivateFolder(const std::string& base, const std::vector<std:
 FileDescriptor lock(const FileDescriptor& folder, const std::string& name, FileError* error) {
   FileDescriptor file = openLockFile(folder, name.c_str(), error);
   if (!file.isOpen()) return file;
-  constexpr std::chrono::milliseconds kPause{1};
-  for (auto waited = kPause; ::flock(file.number(), LOCK_EX | LOCK_NB) != 0; waited += kPause) {
-    if (errno != EWOULDBLOCK && errno != EINTR) return fail(error, errno);
-    if (waited > limits::kLockTime) return fail(error, ETIMEDOUT);
-    const timespec pause{0, std::chrono::nanoseconds(kPause).count()};
-    ::nanosleep(&pause, nullptr);
-  }
-  return file;
+  // Whoever waits for the owner holds the turn meanwhile, so that an owner who comes back at once does not pass him.
+  const auto end = std::chrono::steady_clock::now() + limits::kLockTime;
+  int failure = awaitByte(file, kTurnByte, end);
+  if (!failure) failure = awaitByte(file, kOwnerByte, end);
+  if (failure) return fail(error, failure);
+  return setByte(file, kTurnByte, F_UNLCK) == 0 ? std::move(file) : fail(error, errno);
 }
 
 std::optional<std::string> systemPath(StringView path) {
