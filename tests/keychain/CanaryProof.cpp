@@ -185,6 +185,7 @@ int hold(KeySource source, const Scratch& scratch, std::size_t copies) {
 }  // namespace
 
 Outcome proveCanary() {
+  if (!kHasSystemAllocator) return skipUnderSanitizer();
   const Scratch scratch;
   Faults faults;
   const fs::path temporary = scratch.path() / "tmp";

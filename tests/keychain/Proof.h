@@ -32,6 +32,15 @@ struct Proof {
 /// The proofs of the program that is linked.
 [[nodiscard]] std::vector<Proof> proofs();
 
+/// AddressSanitizer and ThreadSanitizer bring their own allocator and keep what was freed.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+inline constexpr bool kHasSystemAllocator = false;
+#else
+inline constexpr bool kHasSystemAllocator = true;
+#endif
+/// Says that a proof needs the system's allocator.
+[[nodiscard]] Outcome skipUnderSanitizer();
+
 /// QUORVEL_ROUNDS, or `usual`.
 [[nodiscard]] std::size_t roundsOr(std::size_t usual);
 /// QUORVEL_SEED, or one that nobody chose; printed where a proof fails.

@@ -101,6 +101,9 @@ class Exchange : public std::enable_shared_from_this<Exchange> {
   ~Exchange() {
     if (answer_) f_.g_object_unref(answer_);
     if (service_) f_.g_object_unref(service_);
+    // What their ends have left to be done in this context would otherwise never be freed.
+    while (f_.g_main_context_iteration(context_, FALSE)) {
+    }
     if (bus_) {
       f_.g_dbus_connection_set_exit_on_close(bus_, exitsOnClose_);
       f_.g_object_unref(bus_);
