@@ -66,7 +66,7 @@ void addBoxes(const Pictures& pictures, std::uint32_t side) {
     };
   };
   add(name, pictures.size(), "ours", ours(true));
-  add(name, pictures.size(), "ours, portable", ours(false));
+  add(name, pictures.size(), "ours without AVX2", ours(false));
 #if QUORVEL_HAVE_OPENCV
   add(name, pictures.size(), "OpenCV", [pictures, side] {
     const cv::Size box(static_cast<int>(side), static_cast<int>(side));
@@ -98,7 +98,7 @@ void addColors(const Pictures& pictures) {
   addCopy("blur/color matrix", pictures);
   add("blur/gray", pictures.size(), "ours", [pictures] { return convertToGray(pictures.from(), pictures.to()); });
 #if QUORVEL_HAVE_OPENCV
-  add("blur/gray", pictures.size(), "OpenCV, one channel, rounded", [pictures] {
+  add("blur/gray", pictures.size(), "OpenCV to one channel", [pictures] {
     cv::Mat gray;
     cv::cvtColor(matrixOf(*pictures.source), gray, cv::COLOR_BGRA2GRAY);
     return gray.data[0];

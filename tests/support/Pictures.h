@@ -96,19 +96,37 @@ inline void filterLines(Exact& values, std::size_t width, std::size_t height,
   }
 }
 
-/// Each place the mean of the `2 * reach + 1` around it, weighted by `weight(distance)`, ends repeated.
-inline Exact weightedMeans(const Exact& line, std::ptrdiff_t reach,
-                           const std::function<double(std::ptrdiff_t)>& weight) {
+/// Each place the mean of those around it, weighted by `weights[distance]`; the ends are repeated.
+inline Exact weightedMeans(const Exact& line, const std::vector<double>& weights) {
+  Exact means(line.size());
+  const auto last = static_cast<std::ptrdiff_t>(line.size()) - 1;
+  const auto at = [&](std::ptrdiff_t i) {
+    return line[static_cast<std::size_t>(std::clamp<std::ptrdiff_t>(i, 0, last))];
+  };
+  for (std::ptrdiff_t i = 0; i <= last; ++i) {
+    double sum = weights[0] * at(i);
+    double area = weights[0];
+    for (std::ptrdiff_t k = 1; k < static_cast<std::ptrdiff_t>(weights.size()); ++k) {
+      const double weight = weights[static_cast<std::size_t>(k)];
+      sum += weight * (at(i - k) + at(i + k));
+      area += 2 * weight;
+    }
+    means[static_cast<std::size_t>(i)] = sum / area;
+  }
+  return means;
+}
+
+/// The same with equal weights up to the distance `reach`, which may be far beyond the line.
+inline Exact boxMeans(const Exact& line, std::ptrdiff_t reach) {
   Exact means(line.size());
   const auto last = static_cast<std::ptrdiff_t>(line.size()) - 1;
   for (std::ptrdiff_t i = 0; i <= last; ++i) {
-    double sum = 0;
-    double area = 0;
-    for (std::ptrdiff_t k = -reach; k <= reach; ++k) {
-      sum += weight(k) * line[static_cast<std::size_t>(std::clamp<std::ptrdiff_t>(i + k, 0, last))];
-      area += weight(k);
-    }
-    means[static_cast<std::size_t>(i)] = sum / area;
+    const std::ptrdiff_t low = std::max<std::ptrdiff_t>(0, i - reach);
+    const std::ptrdiff_t high = std::min(last, i + reach);
+    double sum =
+        static_cast<double>(reach - (i - low)) * line.front() + static_cast<double>(reach - (high - i)) * line.back();
+    for (std::ptrdiff_t k = low; k <= high; ++k) sum += line[static_cast<std::size_t>(k)];
+    means[static_cast<std::size_t>(i)] = sum / static_cast<double>(2 * reach + 1);
   }
   return means;
 }

@@ -63,7 +63,7 @@ class BoxLine {
   /// Steps `begin` to `end` of a stretch; `take` is given each result's place and units.
   template <class Take>
   QUORVEL_KERNEL void run(State& state, const BoxStretch& stretch, std::size_t begin, std::size_t end,
-                          Take& take) const {
+                          const Take& take) const {
     if (begin == stretch.begin) {
       if (stretch.leavesFirst) state.bend = L::minus(state.bend, difference(1, std::min(plan_.radius + 1, last_)));
       if (stretch.leavesLast) {
@@ -77,8 +77,7 @@ class BoxLine {
     }
   }
 
-  [[nodiscard]] QUORVEL_KERNEL Units scaled(const Sums& value) const {
-    const BoxScale& scale = plan_.scale;
+  [[nodiscard]] QUORVEL_KERNEL static Units scaled(const Sums& value, const BoxScale& scale) {
     const Units upper = L::upper(L::narrowed(value, scale.sumShift), L::splat(scale.factor));
     return L::shifted(upper, scale.valueShift);
   }
@@ -110,7 +109,7 @@ class BoxLine {
 
   template <bool kInner, class Take>
   QUORVEL_KERNEL void steps(State& state, const BoxStretch& stretch, std::size_t begin, std::size_t end,
-                            Take& take) const {
+                            const Take& take) const {
     const Element* taps[4];
     std::size_t strides[4];
     for (std::size_t tap = 0; tap < 4; ++tap) {
@@ -119,6 +118,9 @@ class BoxLine {
     }
     const auto early = L::factor(kInner ? Factors{stretch.early.first, stretch.late.first} : stretch.early);
     const auto late = L::factor(stretch.late);
+    // Copies, because what a byte pointer writes might otherwise be any of these.
+    const BoxScale scale = plan_.scale;
+    const Take out = take;
     State now = state;
     for (std::size_t n = begin; n < end; ++n) {
       const Units x[4] = {L::load(taps[0]), L::load(taps[1]), L::load(taps[2]), L::load(taps[3])};
@@ -129,7 +131,7 @@ class BoxLine {
       }
       now.slope = L::plus(now.slope, now.bend);
       now.value = L::plus(now.value, now.slope);
-      take(n, scaled(now.value));
+      out(n, scaled(now.value, scale));
       for (std::size_t tap = 0; tap < 4; ++tap) taps[tap] += strides[tap];
     }
     state = now;
@@ -188,12 +190,12 @@ class BoxBands {
     // The last strip is moved back into the row, over channels that the one before has answered too.
     const std::size_t channel = std::min(strip * L::kChannels, view_.paddedWidth * 4 - L::kChannels);
     const Columns columns(run_.columns, view_.source + channel, view_.sourceRowBytes);
-    TakeUnits take{band_.data() + channel / 4 * kBandChannels, row};
+    const TakeUnits take{band_.data() + channel / 4 * kBandChannels, row};
     std::byte* const kept = states_.data() + strip * sizeof(typename Columns::State);
     typename Columns::State state;
     if (row == 0) {
       state = columns.start();
-      take(0, columns.scaled(state.value));
+      take(0, Columns::scaled(state.value, run_.columns.scale));
     } else {
       std::memcpy(&state, kept, sizeof state);
     }
@@ -203,15 +205,15 @@ class BoxBands {
 
   QUORVEL_KERNEL void along(std::size_t group) {
     const Rows rows(run_.rows, band_.data() + group, kBandChannels);
-    TakeBytes take{bytes_.data() + group};
+    const TakeBytes take{bytes_.data() + group};
     typename Rows::State state = rows.start();
-    take(0, rows.scaled(state.value));
+    take(0, Rows::scaled(state.value, run_.rows.scale));
     walk(rows, run_.rows, state, 0, view_.width, take);
   }
 
   template <class Line, class Take>
   QUORVEL_KERNEL static void walk(const Line& line, const BoxPlan& plan, typename Line::State& state, std::size_t begin,
-                                  std::size_t end, Take& take) {
+                                  std::size_t end, const Take& take) {
     for (std::size_t i = 0; i < plan.stretchCount; ++i) {
       const BoxStretch& stretch = plan.stretches[i];
       const std::size_t from = std::max(begin, stretch.begin);
