@@ -28,8 +28,7 @@ namespace quorvel {
 ///  - a consonant letter stands for itself and for every syllable that begins with it: 'ㅎㄱ' finds '한글'; two letters
 ///    that are typed one by one count as two: 'ㄳ' finds 'ㄳ', 'ㄱㅅ' and '가수';
 ///  - a last syllable without final consonant stands for those with any: '하' finds '한'; ㅗ, ㅜ and ㅡ stand also for
-///  the
-///    vowels that are typed beginning with them: '고' finds '관'; a vowel letter at the end does the same;
+///    the vowels that are typed beginning with them: '고' finds '관'; a vowel letter at the end does the same;
 ///  - a last syllable with a final consonant stands for itself, for the one with a second consonant typed behind it
 ///    ('갑' finds '값'), and for the syllable that loses the consonant to whatever begins with it: '각' finds '가구',
 ///    '갃' finds '각시'.

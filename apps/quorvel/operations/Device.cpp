@@ -1,5 +1,6 @@
 #include <charconv>
 #include <cstdlib>
+#include <cstring>
 
 #include <apps/quorvel/Binding.h>
 #include <apps/quorvel/operations/Tables.h>
@@ -20,11 +21,11 @@ constexpr const char* kDevice = "UIDevice(Additions)";
 
 /// A command has no screen: QUORVEL_SCREEN tells one as WIDTHxHEIGHT in points.
 void takeScreenFromEnvironment() {
-  const char* value = std::getenv("QUORVEL_SCREEN");
-  const std::string_view text = value ? value : "";
+  const char* at = std::getenv("QUORVEL_SCREEN");
+  if (!at) return;
+  const char* const end = at + std::strlen(at);
   UIScreen::Bounds bounds;
-  const char* end = text.data() + text.size();
-  const auto width = std::from_chars(text.data(), end, bounds.width);
+  const auto width = std::from_chars(at, end, bounds.width);
   if (width.ec != std::errc() || width.ptr == end || *width.ptr != 'x') return;
   const auto height = std::from_chars(width.ptr + 1, end, bounds.height);
   if (height.ec == std::errc() && height.ptr == end) UIScreen::setMain(UIScreen(bounds, 1));

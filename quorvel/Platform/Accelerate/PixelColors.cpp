@@ -19,7 +19,7 @@ void matrixPixel(const std::uint8_t* from, std::uint8_t* to, Matrix matrix, std:
   std::uint8_t result[4];
   for (std::size_t j = 0; j < 4; ++j) {
     std::int64_t sum = 0;
-    for (std::size_t i = 0; i < 4; ++i) sum += from[i] * matrix[4 * i + j];
+    for (std::size_t i = 0; i < 4; ++i) sum += std::int64_t{from[i]} * matrix[4 * i + j];
     result[j] = static_cast<std::uint8_t>(std::clamp<std::int64_t>(divided(sum, divisor), 0, 255));
   }
   std::memcpy(to, result, sizeof result);

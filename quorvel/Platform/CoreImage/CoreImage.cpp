@@ -26,7 +26,7 @@ Bell bellOf(int bits) {
   std::int32_t taken = 0;
   for (std::size_t i = heights.size() - 1; i > 0; --i) {
     tail += heights[i] * unit;
-    const auto rounded = static_cast<std::int32_t>(tail + 0.5);
+    const auto rounded = static_cast<std::int32_t>(std::lround(tail));
     bell[i] = static_cast<std::int16_t>(rounded - taken);
     taken = rounded;
   }

@@ -51,7 +51,8 @@ std::optional<std::string> unquoted(std::string_view text) {
   std::string value;
   for (std::size_t i = 0; i < text.size(); ++i) {
     if (text[i] == '"') return value;
-    if (text[i] == '\\' && ++i == text.size()) return nil;
+    if (text[i] == '\\') ++i;
+    if (i == text.size()) return nil;
     value += text[i];
   }
   return nil;

@@ -174,7 +174,8 @@ class Walk {
     const std::vector<std::string> names = error ? std::vector<std::string>() : namesIn(folder, &error);
     if (error) fail(path, error);
     const std::size_t first = pending.size();
-    for (const std::string& name : names) lookAt(folder, name, path.empty() ? name : path + "/" + name, pending);
+    const std::string prefix = path.empty() ? path : path + "/";
+    for (const std::string& name : names) lookAt(folder, name, std::string(prefix).append(name), pending);
     std::reverse(pending.begin() + static_cast<std::ptrdiff_t>(first), pending.end());
   }
 

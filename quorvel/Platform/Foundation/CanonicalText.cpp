@@ -52,7 +52,7 @@ class MarkRun {
   }
   /// Appends the marks in order, those of one class as they came, and forgets them.
   void finish(StringBuilder& out) {
-    std::ranges::stable_sort(marks_, {}, &Mark::combiningClass);
+    std::ranges::sort(marks_, {}, [](const Mark& mark) { return std::pair(mark.combiningClass, mark.order); });
     for (const Mark& mark : marks_) out.appendScalar(mark.scalar);
     marks_.clear();
   }
@@ -60,11 +60,14 @@ class MarkRun {
  private:
   struct Mark {
     std::uint8_t combiningClass;
+    std::size_t order;
     char32_t scalar;
   };
   static constexpr std::int32_t kDecompositionUnits = 32;
 
-  void add(char32_t scalar) { marks_.push_back({u_getCombiningClass(static_cast<UChar32>(scalar)), scalar}); }
+  void add(char32_t scalar) {
+    marks_.push_back({u_getCombiningClass(static_cast<UChar32>(scalar)), marks_.size(), scalar});
+  }
 
   std::vector<Mark> marks_;
 };
