@@ -7,12 +7,9 @@
 namespace quorvel::pixels {
 namespace {
 
-/// The quotient rounded to the nearest, halves upwards.
+/// The quotient rounded to the nearest, halves upwards, for results of zero and more; others may become zero.
 std::int64_t divided(std::int64_t sum, std::int32_t divisor) {
-  const std::int64_t doubled = 2 * sum + divisor;
-  const std::int64_t unit = 2 * std::int64_t{divisor};
-  const std::int64_t quotient = doubled / unit;
-  return doubled % unit < 0 ? quotient - 1 : quotient;
+  return (2 * sum + divisor) / (2 * std::int64_t{divisor});
 }
 
 void matrixPixel(const std::uint8_t* from, std::uint8_t* to, Matrix matrix, std::int32_t divisor) {
