@@ -1,3 +1,5 @@
+#include <cmath>
+
 #include <quorvel/Platform/CoreImage/CoreImage.h>
 #include <quorvel/Platform/CoreImage/GaussianKernel.h>
 #include <quorvel/Platform/Foundation/WideKernels.h>
