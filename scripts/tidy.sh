@@ -8,11 +8,13 @@ build=$1
 export build
 export passed=build/tidy
 mkdir -p "$passed"
+tidy_includes=$(pkg-config --cflags cairo libsecret-1)
+export tidy_includes
 
 tidy_one() {
   source=$1
   # The configuration, the version and what the compiler sees, comments included: NOLINT is one.
-  key=$({ cat .clang-tidy; clang-tidy-19 --version; g++ -std=c++20 -E -C -P -I . "$source"; } | sha256sum | cut -d' ' -f1)
+  key=$({ cat .clang-tidy; clang-tidy-19 --version; g++ -std=c++20 -E -C -P $tidy_includes -I . "$source"; } | sha256sum | cut -d' ' -f1)
   if [ -e "$passed/$key" ]; then return 0; fi
   if clang-tidy-19 --quiet --warnings-as-errors='*' --extra-arg=-Wno-unknown-warning-option -p "$build" "$source" 2>"$passed/$key.err"; then
     rm -f "$passed/$key.err"

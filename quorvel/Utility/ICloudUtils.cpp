@@ -14,7 +14,7 @@ void logFormat(LogLevel level, StringView format, std::initializer_list<Value> a
 /// The URL of what is at the path, looked at twice because it may go in between.
 std::optional<NSURL> existingItem(StringView path) {
   const NSFileManager manager = NSFileManager::defaultManager();
-  const std::optional<NSURL> url = manager.fileExistsAtPath(path) ? NSURL::fileURLWithPath(path) : nil;
+  std::optional<NSURL> url = manager.fileExistsAtPath(path) ? NSURL::fileURLWithPath(path) : nil;
   if (url && manager.fileExistsAtPath(url->path())) return url;
   logFormat(LogLevel::Warning, u"File or directory does not exist.: %@", {Value(path)});
   return nil;

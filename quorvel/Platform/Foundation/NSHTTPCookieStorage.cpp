@@ -2,6 +2,7 @@
 #include <atomic>
 #include <chrono>
 #include <mutex>
+#include <numeric>
 
 #include <quorvel/Platform/Foundation/ApplicationFolders.h>
 #include <quorvel/Platform/Foundation/GuardedFile.h>
@@ -123,10 +124,18 @@ std::optional<Cookies> NSHTTPCookieStorage::cookies() const {
 Cookies NSHTTPCookieStorage::cookiesForURL(const NSURL& url) const {
   Cookies found = cookies().value_or(Cookies());
   std::erase_if(found, [&](const NSHTTPCookie& cookie) { return !cookie.belongsTo(url); });
-  std::stable_sort(found.begin(), found.end(), [](const NSHTTPCookie& first, const NSHTTPCookie& second) {
-    return first.path().size() > second.path().size();
+  // The longest path first, of equal ones the older cookie.
+  std::vector<std::size_t> order(found.size());
+  std::iota(order.begin(), order.end(), std::size_t{0});
+  std::ranges::sort(order, [&found](std::size_t a, std::size_t b) {
+    const std::size_t first = found[a].path().size();
+    const std::size_t second = found[b].path().size();
+    return first != second ? first > second : a < b;
   });
-  return found;
+  Cookies sorted;
+  sorted.reserve(found.size());
+  for (const std::size_t place : order) sorted.push_back(std::move(found[place]));
+  return sorted;
 }
 
 template <class Change>

@@ -2,7 +2,7 @@
 #include <cstdlib>
 #include <new>
 
-#include <string.h>
+#include <string.h>  // NOLINT(modernize-deprecated-headers): explicit_bzero
 
 #include <quorvel/Platform/Foundation/Hash.h>
 #include <quorvel/Platform/Foundation/Log.h>

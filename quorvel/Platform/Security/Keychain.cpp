@@ -37,7 +37,8 @@ void loseInChild() {
   }
   if (own.session) {
     own.isLost = true;
-    (void)own.session.release();
+    // NOLINTNEXTLINE(bugprone-unused-return-value): lost on purpose
+    static_cast<void>(own.session.release());
   }
   own.mutex.unlock();
 }

@@ -2,7 +2,7 @@
 #include <cerrno>
 #include <new>
 
-#include <string.h>
+#include <string.h>  // NOLINT(modernize-deprecated-headers): explicit_bzero
 #include <sys/mman.h>
 #include <sys/random.h>
 

@@ -26,6 +26,7 @@ struct Functions {
     complete = complete && symbol != nullptr;
     return reinterpret_cast<Function*>(symbol);
   }
+// NOLINTBEGIN(readability-identifier-naming,bugprone-macro-parentheses): the members are called as what they point at
 #define QUORVEL_FUNCTION(name) decltype(&::name) name = find(#name, static_cast<decltype(&::name)>(nullptr))
   QUORVEL_FUNCTION(g_main_context_new);
   QUORVEL_FUNCTION(g_main_context_unref);
@@ -67,6 +68,7 @@ struct Functions {
   QUORVEL_FUNCTION(secret_value_get);
   QUORVEL_FUNCTION(secret_value_unref);
 #undef QUORVEL_FUNCTION
+  // NOLINTEND(readability-identifier-naming,bugprone-macro-parentheses)
 };
 
 const Functions& functions() {
