@@ -114,9 +114,14 @@ FoldedText::FoldedText(StringView text, TextFolding folding) : text_(text), fold
   isPlain_ = run == text.size();
   if (!isPlain_) units_.reserve(text.size() + text.size() / 16);
   for (std::size_t start = 0; start < text.size() && !isPlain_; run = plainLength(start)) {
-    pieces_.push_back({units_.size(), start, run > 0});
+    const std::size_t unit = units_.size();
     const std::size_t length = run > 0 ? run : sequenceLength(start);
     run > 0 ? units_.append(text.sub(start, run)) : appendSequence(text.sub(start, length));
+    // Sequences of one unit whose form is one go on with the plain units around them.
+    const bool isUnitForUnit = run > 0 || (length == 1 && units_.size() - unit == 1);
+    if (!isUnitForUnit || pieces_.empty() || !pieces_.back().isUnitForUnit) {
+      pieces_.push_back({unit, start, isUnitForUnit});
+    }
     start += length;
   }
   pieces_.push_back({units_.size(), isPlain_ ? 0 : text.size(), isPlain_});
@@ -126,7 +131,7 @@ std::optional<std::size_t> FoldedText::originalOf(std::size_t unit) const {
   const auto after = std::ranges::upper_bound(pieces_, unit, {}, &Piece::unit);
   const Piece& piece = *(after - 1);
   if (piece.unit == unit) return piece.original;
-  if (!piece.isPlain) return std::nullopt;
+  if (!piece.isUnitForUnit) return std::nullopt;
   const std::size_t original = piece.original + (unit - piece.unit);
   if (!isBoundary(original)) return std::nullopt;
   return original;
@@ -154,7 +159,7 @@ std::size_t FoldedText::sequenceLength(std::size_t from) const {
 }
 
 void FoldedText::appendSequence(StringView sequence) {
-  if (sequence.size() > 1) return appendForm(sequence);
+  if (sequence.size() > 1 || text_.size() < kKnownFrom) return appendForm(sequence);
   if (known_.empty()) known_.resize(kKnownForms);
   KnownForm& known = known_[sequence[0] % kKnownForms];
   if (known.size > 0 && known.unit == sequence[0]) return units_.append(StringView(known.form, known.size));

@@ -35,18 +35,19 @@ class FoldedText {
   [[nodiscard]] std::optional<std::size_t> originalOf(std::size_t unit) const;
 
  private:
-  /// Plain units one for one, or one sequence as a whole.
+  /// Units one for one, or one sequence as a whole.
   struct Piece {
     std::size_t unit;
     std::size_t original;
-    bool isPlain;
+    bool isUnitForUnit;
   };
   struct KnownForm {
     char16_t unit = 0;
     std::uint16_t size = 0;
     char16_t form[6] = {};
   };
-  static constexpr std::size_t kKnownForms = 256;
+  static constexpr std::size_t kKnownForms = 128;
+  static constexpr std::size_t kKnownFrom = 16;  // units of a text
 
   [[nodiscard]] bool isBoundary(std::size_t index) const;
   [[nodiscard]] std::size_t plainLength(std::size_t from) const;
@@ -60,7 +61,7 @@ class FoldedText {
   bool isPlain_ = false;
   StringBuilder units_;
   std::vector<Piece> pieces_;
-  std::vector<KnownForm> known_;  // of sequences of one unit, by the unit's low bits
+  std::vector<KnownForm> known_;  // in longer texts, of sequences of one unit, by the unit's low bits
 };
 
 }  // namespace quorvel
