@@ -98,7 +98,7 @@ void killCrew(const Crew& crew, std::mt19937_64& random) {
   const std::size_t first = random() % 2;
   for (const std::size_t which : {first, 1 - first}) {
     std::this_thread::sleep_for(std::chrono::microseconds(random() % 9000));
-    ::kill(crew.workers[which], SIGKILL);
+    if (crew.workers[which] > 0) ::kill(crew.workers[which], SIGKILL);  // -1 would be everybody
     (void)finish(crew.workers[which]);
   }
 }
