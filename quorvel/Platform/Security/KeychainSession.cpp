@@ -1,6 +1,8 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include <sys/stat.h>
+
 #include <quorvel/Platform/Foundation/Limits.h>
 #include <quorvel/Platform/Security/KeychainSession.h>
 
@@ -79,12 +81,23 @@ class PlainText {
   std::vector<std::uint8_t>& buffer_;
 };
 
-std::string pathOf(const Descriptor& folder) {
-  const std::string link = "/proc/self/fd/" + std::to_string(folder.number());
-  char* const path = ::realpath(link.c_str(), nullptr);
-  std::string result = path ? path : "";
-  std::free(path);
+std::string realPath(const std::string& path) {
+  char* const real = ::realpath(path.c_str(), nullptr);
+  std::string result = real ? real : "";
+  std::free(real);
   return result;
+}
+
+/// The path of an open folder; where /proc is not mounted the one that it was opened by, if it still leads there.
+std::string pathOf(const Descriptor& folder, const std::string& openedBy) {
+  std::string path = realPath("/proc/self/fd/" + std::to_string(folder.number()));
+  if (!path.empty()) return path;
+  path = realPath(openedBy);
+  struct stat open{};
+  struct stat named{};
+  const bool isSame = ::fstat(folder.number(), &open) == 0 && ::lstat(path.c_str(), &named) == 0 &&
+                      open.st_dev == named.st_dev && open.st_ino == named.st_ino;
+  return isSame ? path : std::string();
 }
 
 }  // namespace
@@ -100,7 +113,7 @@ OSStatus KeychainSession::open(const KeychainPlace& place, IfMissing ifMissing,
                                std::unique_ptr<KeychainSession>& session, KeyState& state) {
   state = KeyState::Missing;
   Descriptor folder = openPrivateFolder(place.folder, place.ownComponents, ifMissing == IfMissing::Create);
-  const std::string path = folder ? pathOf(folder) : std::string();
+  const std::string path = folder ? pathOf(folder, place.folder) : std::string();
   if (path.empty()) return errSecNotAvailable;
   const int number = folder.number();
   std::unique_ptr<KeychainSession> opened(new KeychainSession(place, std::move(folder)));
