@@ -1,0 +1,137 @@
+#include <cmath>
+#include <cstring>
+
+#include <gtest/gtest.h>
+
+#include <quorvel/Platform/Foundation/Limits.h>
+#include <quorvel/Platform/UIKit/UIImage.h>
+
+namespace quorvel {
+namespace {
+
+/// A pixel as 0xAARRGGBB, premultiplied.
+std::uint32_t pixel(const CGImage& image, std::size_t x, std::size_t y) {
+  std::uint32_t result;
+  std::memcpy(&result, image.bitmap().row(y) + 4 * x, sizeof result);
+  return result;
+}
+
+/// Opaque pixels that tell their place: column in red, row in green.
+CGImage places(std::int64_t width, std::int64_t height) {
+  auto bitmap = CGBitmap::make(width, height);
+  for (std::size_t y = 0; y < bitmap->height(); ++y) {
+    for (std::size_t x = 0; x < bitmap->width(); ++x) {
+      const auto value = static_cast<std::uint32_t>(0xFF000000 | x << 16 | y << 8);
+      std::memcpy(bitmap->row(y) + 4 * x, &value, sizeof value);
+    }
+  }
+  return CGImage(std::move(bitmap));
+}
+std::uint32_t place(std::size_t x, std::size_t y) { return static_cast<std::uint32_t>(0xFF000000 | x << 16 | y << 8); }
+
+TEST(CGBitmap, RefusesSidesBeyondTheLimits) {
+  for (const auto& [width, height] : std::vector<std::pair<std::int64_t, std::int64_t>>{
+           {0, 1}, {1, 0}, {-1, 5}, {limits::kImageSide + 1, 1}, {INT64_MAX, INT64_MAX}, {32'000, 32'000}}) {
+    EXPECT_EQ(CGBitmap::make(width, height), nullptr) << width << " x " << height;
+  }
+}
+
+TEST(CGImage, CutsWholePixelsWithinItsBorder) {
+  const CGImage image = places(5, 4);
+  const CGImage part = image.inRect({1.5, -3, 10, 4.5});  // columns 1 to 4, rows 0 and 1
+  ASSERT_EQ(part.width(), 4U);
+  ASSERT_EQ(part.height(), 2U);
+  EXPECT_EQ(pixel(part, 0, 1), place(1, 1));
+  for (const CGRect& empty : {CGRect{5, 0, 1, 1}, CGRect{0, 0, 0, 0}, CGRect{-2, 0, 2, 2}, CGRect{NAN, 0, 1, 1}}) {
+    EXPECT_FALSE(image.inRect(empty).hasPixels());
+  }
+}
+
+TEST(CGContext, DrawsUprightOnlyAfterTheFlip) {
+  const CGImage image = places(3, 2);
+  for (const bool flips : {false, true}) {
+    const auto context = CGContext::make(3, 2);
+    if (flips) {
+      context->scaleCTM(1, -1);
+      context->translateCTM(0, -2);
+    }
+    context->drawImage({0, 0, 3, 2}, image);
+    EXPECT_EQ(pixel(context->image(), 2, 0), place(2, flips ? 0 : 1));
+  }
+}
+
+// Where the stored pixel of column 2 and row 0 comes to lie in the upright picture, for a stored 3 x 2.
+TEST(CGContext, TurnsAllEightOrientations) {
+  const struct {
+    UIImageOrientation orientation;
+    std::size_t x;
+    std::size_t y;
+  } rows[] = {{UIImageOrientation::Up, 2, 0},           {UIImageOrientation::Down, 0, 1},
+              {UIImageOrientation::Left, 0, 0},         {UIImageOrientation::Right, 1, 2},
+              {UIImageOrientation::UpMirrored, 0, 0},   {UIImageOrientation::DownMirrored, 2, 1},
+              {UIImageOrientation::LeftMirrored, 0, 2}, {UIImageOrientation::RightMirrored, 1, 0}};
+  for (const auto& [orientation, x, y] : rows) {
+    const UIImage image(places(3, 2), 1, orientation);
+    const UIGraphicsImageContext context(image.size());
+    image.drawInRect({0, 0, image.size().width, image.size().height});
+    EXPECT_EQ(pixel(context.image()->bitmap(), x, y), place(2, 0)) << static_cast<int>(orientation);
+  }
+}
+
+TEST(CGContext, AnImageKeepsWhatWasDrawnBeforeIt) {
+  const auto context = CGContext::make(1, 1);
+  context->setFillColor({1, 0, 0, 1});
+  context->fillRect({0, 0, 1, 1});
+  const CGImage before = context->image();
+  context->setFillColor({0, 0, 1, 0.5});
+  context->fillRect({0, 0, 1, 1});
+  EXPECT_EQ(pixel(before, 0, 0), 0xFFFF0000);
+  EXPECT_EQ(pixel(context->image(), 0, 0) >> 24, 0xFFU);
+  EXPECT_NE(context->image(), before);
+}
+
+TEST(CGContext, MasksByAlphaUntilTheStateIsRestored) {
+  const auto mask = CGContext::make(2, 1);
+  mask->fillRect({0, 0, 1, 1});
+  const auto context = CGContext::make(2, 1);
+  context->saveGState();
+  context->clipToMask({0, 0, 2, 1}, mask->image());
+  context->setFillColor({0, 1, 0, 1});
+  context->fillRect({0, 0, 2, 1});
+  EXPECT_EQ(pixel(context->image(), 0, 0), 0xFF00FF00);
+  EXPECT_EQ(pixel(context->image(), 1, 0), 0U) << "nothing where the mask has no alpha";
+  context->restoreGState();
+  context->setBlendMode(CGBlendMode::SourceAtop);
+  context->setFillColor({0, 0, 1, 1});
+  context->fillRect({0, 0, 2, 1});
+  EXPECT_EQ(pixel(context->image(), 0, 0), 0xFF0000FF);
+  EXPECT_EQ(pixel(context->image(), 1, 0), 0U) << "source-atop keeps the alpha that is there";
+}
+
+TEST(CGContext, GoesOnAfterATransformationWithoutAnInverse) {
+  const auto context = CGContext::make(1, 1);
+  context->saveGState();
+  context->scaleCTM(0, 1);
+  context->fillRect({0, 0, 1, 1});
+  context->restoreGState();
+  context->fillRect({0, 0, 1, 1});
+  EXPECT_EQ(pixel(context->image(), 0, 0), 0xFF000000);
+}
+
+TEST(UIGraphics, ContextsNestAndSidesRoundUp) {
+  EXPECT_EQ(UIGraphicsImageContext::current(), nullptr);
+  {
+    const UIGraphicsImageContext outer({1.2, 2}, 2);
+    EXPECT_EQ(outer.image()->bitmap().width(), 3U);
+    {
+      const UIGraphicsImageContext none({0, 5});
+      EXPECT_EQ(UIGraphicsImageContext::current(), nullptr);
+      EXPECT_FALSE(none.image());
+    }
+    EXPECT_EQ(UIGraphicsImageContext::current(), outer.context());
+  }
+  EXPECT_EQ(UIGraphicsImageContext::current(), nullptr);
+}
+
+}  // namespace
+}  // namespace quorvel
