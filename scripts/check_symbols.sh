@@ -13,5 +13,7 @@ if strange=$(grep -vE '^(QuorvelVersion(String|Number)|((typeinfo|typeinfo name|
   head -20 <<<"$strange"
   status=1
 fi
-objdump -p "$library" | grep -qE 'SONAME +libquorvel\.so\.[0-9]+\.[0-9]+$' || { echo "$library: no versioned SONAME"; status=1; }
+# Read whole first: a grep that ends at its match would break the pipe, and the pipe's status with it.
+headers=$(objdump -p "$library")
+grep -qE 'SONAME +libquorvel\.so\.[0-9]+\.[0-9]+$' <<<"$headers" || { echo "$library: no versioned SONAME"; status=1; }
 exit "$status"

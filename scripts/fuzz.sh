@@ -9,7 +9,7 @@ cmake --preset fuzz
 cmake --build --preset fuzz
 
 # Stacks need names: the sanitizer's own symbolizer belongs to a large package, binutils is always there.
-symbolizer=$(command -v llvm-symbolizer-19 addr2line | head -n 1)
+symbolizer=$(command -v llvm-symbolizer-19 addr2line | sed -n 1p)
 export ASAN_SYMBOLIZER_PATH=$symbolizer UBSAN_OPTIONS=print_stacktrace=1
 
 artifacts=build/fuzz/artifacts logs=build/fuzz/logs
