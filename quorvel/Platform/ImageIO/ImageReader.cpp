@@ -1,0 +1,33 @@
+#include <algorithm>
+#include <cmath>
+
+#include <quorvel/Platform/Foundation/Limits.h>
+#include <quorvel/Platform/ImageIO/ImageReader.h>
+
+namespace quorvel {
+
+PixelSize thumbnailSize(PixelSize picture, double largestSide) {
+  if (picture.width == 0 || picture.height == 0 || !(largestSide >= 1)) return {};
+  const double longer = std::max(picture.width, picture.height);
+  if (longer <= largestSide) return picture;
+  const double factor = std::floor(largestSide) / longer;
+  const auto side = [factor](std::uint32_t pixels) {
+    return static_cast<std::uint32_t>(std::max(1.0, std::round(pixels * factor)));
+  };
+  return {side(picture.width), side(picture.height)};
+}
+
+std::shared_ptr<CGBitmap> readPixels(ImageBytes file, const ImageFacts& facts, PixelSize wanted,
+                                     const ImageWork& work) {
+  if (file.size() > limits::kImageFileBytes || wanted.width == 0 || wanted.height == 0) return nullptr;
+  if (wanted.width > facts.width || wanted.height > facts.height) return nullptr;
+  if (facts.width > limits::kImageSide || facts.height > limits::kImageSide) return nullptr;
+  if (std::uint64_t{facts.width} * facts.height > limits::kImagePixels) return nullptr;
+  switch (facts.format) {
+    default:
+      return nullptr;
+  }
+  static_cast<void>(work);
+}
+
+}  // namespace quorvel
