@@ -1,5 +1,4 @@
 #include <cerrno>
-#include <chrono>
 #include <cstring>
 #include <ctime>
 
@@ -8,7 +7,6 @@
 #include <unistd.h>
 
 #include <quorvel/Platform/Foundation/GuardedFile.h>
-#include <quorvel/Platform/Foundation/Limits.h>
 
 namespace quorvel {
 
@@ -75,7 +73,9 @@ int makeFolders(const std::string& path) {
 FileDescriptor openPrivateFolderAt(const FileDescriptor& parent, const std::string& name, Missing missing,
                                    FileError* error) {
   const bool isMade = missing == Missing::Made;
-  if (isMade && ::mkdirat(parent.number(), name.c_str(), kPrivateFolder) != 0 && errno != EEXIST) {
+  if (isMade && ::mkdirat(parent.number(), name.c_str(), kPrivateFolder) == 0) {
+    static_cast<void>(::fsync(parent.number()));  // what is written into it is to outlive a loss of power
+  } else if (isMade && errno != EEXIST) {
     return fail(error, errno);
   }
   FileDescriptor folder(openRetrying(parent.number(), name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NOFOLLOW));
@@ -165,11 +165,12 @@ FileDescriptor openPrivateFolder(const std::string& base, const std::vector<std:
   return folder;
 }
 
-FileDescriptor lock(const FileDescriptor& folder, const std::string& name, FileError* error) {
+FileDescriptor lock(const FileDescriptor& folder, const std::string& name, FileError* error,
+                    std::chrono::milliseconds patience) {
   FileDescriptor file = openLockFile(folder, name.c_str(), error);
   if (!file.isOpen()) return file;
   // Whoever waits for the owner holds the turn meanwhile, so that an owner who comes back at once does not pass him.
-  const auto end = std::chrono::steady_clock::now() + limits::kLockTime;
+  const auto end = std::chrono::steady_clock::now() + patience;
   int failure = awaitByte(file, kTurnByte, end);
   if (!failure) failure = awaitByte(file, kOwnerByte, end);
   if (failure) return fail(error, failure);

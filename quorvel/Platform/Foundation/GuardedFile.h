@@ -3,11 +3,13 @@
 // Not here: replacing a file (FileReplacer.h), the application's folders (ApplicationFolders.h).
 #pragma once
 
+#include <chrono>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include <quorvel/Platform/Foundation/FileError.h>
+#include <quorvel/Platform/Foundation/Limits.h>
 
 namespace quorvel {
 
@@ -63,8 +65,9 @@ enum class Missing : std::uint8_t { Made, Refused };
                                                Missing missing, FileError* error = nullptr);
 
 /// An exclusive lock between threads and processes, on the file `name` in the folder (made with mode 0600 if missing),
-/// until the descriptor closes; the system gives it up when a process dies. ETIMEDOUT after `limits::kLockTime`.
-[[nodiscard]] FileDescriptor lock(const FileDescriptor& folder, const std::string& name, FileError* error = nullptr);
+/// until the descriptor closes; the system gives it up when a process dies. ETIMEDOUT after `patience`.
+[[nodiscard]] FileDescriptor lock(const FileDescriptor& folder, const std::string& name, FileError* error = nullptr,
+                                  std::chrono::milliseconds patience = limits::kLockTime);
 
 /// A path as the system takes it; nil for nil, the empty text, a NUL and an unpaired surrogate.
 [[nodiscard]] std::optional<std::string> systemPath(StringView path);

@@ -3,6 +3,7 @@
 
 #include <unistd.h>
 
+#include <quorvel/Platform/Foundation/FileReplacer.h>
 #include <quorvel/Platform/Security/ItemCipher.h>
 #include <quorvel/Platform/Security/KeySource.h>
 #include <quorvel/Platform/Security/SecretService.h>
@@ -26,7 +27,7 @@ std::string hexOf(const KeyName& name) {
 
 class KeyFiles final : public MasterKeys {
  public:
-  explicit KeyFiles(int folder) : folder_(folder) {}
+  explicit KeyFiles(const FileDescriptor& folder) : folder_(folder) {}
   KeyState read(const KeyName& name, SecretBytes& key) override {
     const std::string file = fileOf(name);
     const FileState state = stateOf(folder_, file.c_str());
@@ -43,12 +44,12 @@ class KeyFiles final : public MasterKeys {
     return createPrivate(folder_, fileOf(name).c_str(), key.bytes()) ? KeyState::Ready : KeyState::Refused;
   }
   void remove(const KeyName& name) override {
-    if (::unlinkat(folder_, fileOf(name).c_str(), 0) == 0) (void)::fsync(folder_);
+    if (::unlinkat(folder_.number(), fileOf(name).c_str(), 0) == 0) (void)::fsync(folder_.number());
   }
 
  private:
   static std::string fileOf(const KeyName& name) { return "master-" + hexOf(name) + ".key"; }
-  int folder_;
+  const FileDescriptor& folder_;
 };
 
 class ServiceKeys final : public MasterKeys {
@@ -94,22 +95,22 @@ const char* nameOf(KeyState state) {
   return kNames[static_cast<std::size_t>(state)];
 }
 
-std::unique_ptr<MasterKeys> MasterKeys::of(KeySource source, int folder, const SecretBytes& handedIn) {
+std::unique_ptr<MasterKeys> MasterKeys::of(KeySource source, const FileDescriptor& folder,
+                                           const SecretBytes& handedIn) {
   if (source == KeySource::File) return std::make_unique<KeyFiles>(folder);
   if (source == KeySource::SecretService) return std::make_unique<ServiceKeys>();
   return std::make_unique<HandedInKey>(handedIn);
 }
 
-std::optional<KeySource> readKeySource(int folder) {
+std::optional<KeySource> readKeySource(const FileDescriptor& folder) {
   std::array<std::uint8_t, 64> bytes{};
   const std::ptrdiff_t size = readPrivate(folder, kSourceFile, bytes);
   if (size < 1 || bytes[static_cast<std::size_t>(size) - 1] != '\n') return std::nullopt;
   return keySourceNamed({reinterpret_cast<const char*>(bytes.data()), static_cast<std::size_t>(size) - 1});
 }
 
-bool writeKeySource(int folder, KeySource source) {
-  const std::string line = nameOf(source) + std::string("\n");
-  return replacePrivate(folder, kSourceFile, {reinterpret_cast<const std::uint8_t*>(line.data()), line.size()});
+bool writeKeySource(const FileDescriptor& folder, KeySource source) {
+  return !replaceFile(folder, kSourceFile, nameOf(source) + std::string("\n"));
 }
 
 }  // namespace quorvel

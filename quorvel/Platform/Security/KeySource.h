@@ -42,13 +42,14 @@ class MasterKeys {
   virtual void remove(const KeyName& name) = 0;
 
   /// The keys of a source. `folder` and `handedIn` must outlive it; `handedIn` matters to that source alone.
-  [[nodiscard]] static std::unique_ptr<MasterKeys> of(KeySource source, int folder, const SecretBytes& handedIn);
+  [[nodiscard]] static std::unique_ptr<MasterKeys> of(KeySource source, const FileDescriptor& folder,
+                                                      const SecretBytes& handedIn);
 };
 
 /// What the file "key-source" says; nothing when it is missing, not ours or says something else.
-[[nodiscard]] std::optional<KeySource> readKeySource(int folder);
+[[nodiscard]] std::optional<KeySource> readKeySource(const FileDescriptor& folder);
 /// Written in place of what stands there; a crash leaves the old or the new. The caller holds the folder's lock.
-[[nodiscard]] bool writeKeySource(int folder, KeySource source);
+[[nodiscard]] bool writeKeySource(const FileDescriptor& folder, KeySource source);
 
 /// Bytes of key material that are enough for a master key handed in.
 inline constexpr std::size_t kLeastMasterKeyBytes = 16;

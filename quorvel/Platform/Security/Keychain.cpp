@@ -21,7 +21,7 @@ struct Program {
   SecretBytes handedIn;
   KeychainPlace place;  // as of the open session
   std::unique_ptr<KeychainSession> session;
-  Deadline lookAgain;  // whether the session's file is still at its path
+  std::chrono::steady_clock::time_point lookAgain;  // whether the session's file is still at its path
   /// In a child of a process whose keychain was open: its locks are not the child's.
   std::atomic<bool> isLost{false};
 };
@@ -96,7 +96,7 @@ OSStatus opened(Program& own, Purpose purpose) {
   choosePlace(own.configuration, own.place);
   own.place.handedIn = SecretBytes(own.handedIn.bytes());
   KeyState state = KeyState::Missing;
-  return KeychainSession::open(own.place, KeychainSession::IfMissing::Create, own.session, state);
+  return KeychainSession::open(own.place, files::Missing::Made, own.session, state);
 }
 
 /// A session of its own that sees all groups. The program's is closed first.
@@ -111,7 +111,7 @@ OSStatus administer(KeyState& state, Work work) {
     own.place.handedIn = SecretBytes(own.handedIn.bytes());
     own.place.belongsToAllGroups = true;
     std::unique_ptr<KeychainSession> session;
-    OSStatus status = KeychainSession::open(own.place, KeychainSession::IfMissing::Refuse, session, state);
+    OSStatus status = KeychainSession::open(own.place, files::Missing::Refused, session, state);
     if (status == errSecSuccess) status = work(*session);
     session.reset();
     own.place.belongsToAllGroups = false;
@@ -135,9 +135,8 @@ OSStatus changeMaster(std::optional<KeySource> to, const Data& masterKey) {
 
 void examine(KeychainReport& report) {
   report.folder = Keychain::folder();
-  if (const Descriptor there = openPrivateFolder(report.folder, 1, false)) {
-    report.source = readKeySource(there.number());
-  }
+  const FileDescriptor there = openOwnFolder(report.folder, 1, files::Missing::Refused);
+  if (there.isOpen()) report.source = readKeySource(there);
   KeychainSession::Census census;
   report.status = administer(report.key, [&](KeychainSession& session) {
     const OSStatus status = session.check(census);

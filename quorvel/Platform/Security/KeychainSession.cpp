@@ -88,8 +88,11 @@ std::string realPath(const std::string& path) {
   return result;
 }
 
+/// The one lock of a keychain's folder, for what is more than a row.
+FileDescriptor lockFolder(const FileDescriptor& folder) { return files::lock(folder, "lock", nullptr, kLockPatience); }
+
 /// The path of an open folder; where /proc is not mounted the one that it was opened by, if it still leads there.
-std::string pathOf(const Descriptor& folder, const std::string& openedBy) {
+std::string pathOf(const FileDescriptor& folder, const std::string& openedBy) {
   std::string path = realPath("/proc/self/fd/" + std::to_string(folder.number()));
   if (!path.empty()) return path;
   path = realPath(openedBy);
@@ -109,23 +112,22 @@ struct KeychainSession::Match {
   Data value;
 };
 
-OSStatus KeychainSession::open(const KeychainPlace& place, IfMissing ifMissing,
+OSStatus KeychainSession::open(const KeychainPlace& place, files::Missing ifMissing,
                                std::unique_ptr<KeychainSession>& session, KeyState& state) {
   state = KeyState::Missing;
-  Descriptor folder = openPrivateFolder(place.folder, place.ownComponents, ifMissing == IfMissing::Create);
-  const std::string path = folder ? pathOf(folder, place.folder) : std::string();
+  FileDescriptor folder = openOwnFolder(place.folder, place.ownComponents, ifMissing);
+  const std::string path = folder.isOpen() ? pathOf(folder, place.folder) : std::string();
   if (path.empty()) return errSecNotAvailable;
-  const int number = folder.number();
   std::unique_ptr<KeychainSession> opened(new KeychainSession(place, std::move(folder)));
-  if (ifMissing == IfMissing::Create && KeychainStore::stateIn(number) == FileState::Missing) {
-    const OSStatus made = create(place, number, path, state);
+  if (ifMissing == files::Missing::Made && KeychainStore::stateIn(opened->folder_) == FileState::Missing) {
+    const OSStatus made = create(place, opened->folder_, path, state);
     if (made != errSecSuccess) return made;
   }
   OSStatus status = opened->openExisting(path, state);
   if (status == errSecNotAvailable && (state == KeyState::Missing || state == KeyState::Wrong)) {
     // Somebody may just be turning the store to a new master key.
-    const FolderLock lock = FolderLock::take(number, std::chrono::steady_clock::now() + kLockPatience);
-    if (lock) status = opened->openExisting(path, state);
+    const FileDescriptor lock = lockFolder(opened->folder_);
+    if (lock.isOpen()) status = opened->openExisting(path, state);
   }
   if (status == errSecSuccess) session = std::move(opened);
   return status;
@@ -133,9 +135,10 @@ OSStatus KeychainSession::open(const KeychainPlace& place, IfMissing ifMissing,
 
 /// A store without its key-source, or with a file that could be another's, is never made anew. A folder that names a
 /// source and holds no file is one whose maker was interrupted, or whose items were taken away.
-OSStatus KeychainSession::create(const KeychainPlace& place, int folder, const std::string& path, KeyState& state) {
-  const FolderLock lock = FolderLock::take(folder, std::chrono::steady_clock::now() + kLockPatience);
-  if (!lock) return errSecNotAvailable;
+OSStatus KeychainSession::create(const KeychainPlace& place, const FileDescriptor& folder, const std::string& path,
+                                 KeyState& state) {
+  const FileDescriptor lock = lockFolder(folder);
+  if (!lock.isOpen()) return errSecNotAvailable;
   if (KeychainStore::stateIn(folder) != FileState::Missing) return errSecSuccess;  // another process was first
   const FileState named = stateOf(folder, "key-source");
   const std::optional<KeySource> source = named == FileState::Missing ? place.sourceOfNew : readKeySource(folder);
@@ -160,15 +163,15 @@ OSStatus KeychainSession::create(const KeychainPlace& place, int folder, const s
 
 OSStatus KeychainSession::openExisting(const std::string& path, KeyState& state) {
   state = KeyState::Missing;
-  const std::optional<KeySource> source = readKeySource(folder_.number());
+  const std::optional<KeySource> source = readKeySource(folder_);
   if (!source) return errSecNotAvailable;
   source_ = *source;
-  OSStatus status = KeychainStore::open(folder_.number(), path, store_);
+  OSStatus status = KeychainStore::open(folder_, path, store_);
   WrappedKey wrapped;
   if (status == errSecSuccess) status = store_->wrappedKey(source_, wrapped);
   if (status != errSecSuccess) return status == errSecAllocate ? status : errSecNotAvailable;
   SecretBytes master;
-  state = MasterKeys::of(source_, folder_.number(), place_.handedIn)->read(wrapped.master, master);
+  state = MasterKeys::of(source_, folder_, place_.handedIn)->read(wrapped.master, master);
   if (state != KeyState::Ready) return errSecNotAvailable;
   const SecretBytes dataKey = unwrap(source_, master, wrapped);
   if (dataKey.isEmpty()) state = KeyState::Wrong;
@@ -379,9 +382,9 @@ OSStatus KeychainSession::testRoundTrip() {
 }
 
 OSStatus KeychainSession::changeMaster(KeySource source, const SecretBytes& handedIn, KeyState& state) {
-  const int folder = folder_.number();
-  const FolderLock lock = FolderLock::take(folder, std::chrono::steady_clock::now() + kLockPatience);
-  if (!lock || !isCurrent() || readKeySource(folder) != source_) return errSecNotAvailable;
+  const FileDescriptor& folder = folder_;
+  const FileDescriptor lock = lockFolder(folder);
+  if (!lock.isOpen() || !isCurrent() || readKeySource(folder) != source_) return errSecNotAvailable;
   WrappedKey old;
   WrappedKey fresh;
   SecretBytes master;

@@ -39,10 +39,8 @@ struct ItemChanges {
 
 class KeychainSession {
  public:
-  /// Whether a keychain is opened that is not there yet.
-  enum class IfMissing { Create, Refuse };
   /// `state` says what its source of keys answered. `place` must outlive the session.
-  [[nodiscard]] static OSStatus open(const KeychainPlace& place, IfMissing ifMissing,
+  [[nodiscard]] static OSStatus open(const KeychainPlace& place, files::Missing ifMissing,
                                      std::unique_ptr<KeychainSession>& session, KeyState& state);
 
   [[nodiscard]] OSStatus add(const AttributesView& attributes, ConstBytes value);
@@ -75,10 +73,10 @@ class KeychainSession {
 
  private:
   struct Match;
-  KeychainSession(const KeychainPlace& place, Descriptor folder) : place_(place), folder_(std::move(folder)) {}
+  KeychainSession(const KeychainPlace& place, FileDescriptor folder) : place_(place), folder_(std::move(folder)) {}
   [[nodiscard]] OSStatus openExisting(const std::string& path, KeyState& state);
-  [[nodiscard]] static OSStatus create(const KeychainPlace& place, int folder, const std::string& path,
-                                       KeyState& state);
+  [[nodiscard]] static OSStatus create(const KeychainPlace& place, const FileDescriptor& folder,
+                                       const std::string& path, KeyState& state);
   [[nodiscard]] OSStatus unlock(const SecretBytes& dataKey);
   [[nodiscard]] bool belongsTo(StringView group) const;
   [[nodiscard]] bool namesOne(const ItemQuery& query) const;
@@ -90,7 +88,7 @@ class KeychainSession {
   [[nodiscard]] OSStatus apply(const Match& match, const ItemChanges& changes);
 
   const KeychainPlace& place_;
-  Descriptor folder_;
+  FileDescriptor folder_;
   KeySource source_ = KeySource::File;
   std::unique_ptr<KeychainStore> store_;
   SecretBytes dataKey_;

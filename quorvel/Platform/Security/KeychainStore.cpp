@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <chrono>
 #include <cstdio>
 #include <thread>
 
@@ -53,7 +54,7 @@ ConstBytes blobAt(sqlite3_stmt* statement, int column) {
 
 /// Each wait is short: writers hold the lock for about one fsync.
 int waitWhileBusy(void* /*unused*/, int tries) {
-  thread_local Deadline giveUp;
+  thread_local std::chrono::steady_clock::time_point giveUp;
   const auto now = std::chrono::steady_clock::now();
   if (tries == 0) giveUp = now + kBusyPatience;
   if (now >= giveUp) return 0;
@@ -185,7 +186,7 @@ class KeychainStore::Connection {
 KeychainStore::KeychainStore(std::unique_ptr<Connection> connection) : connection_(std::move(connection)) {}
 KeychainStore::~KeychainStore() = default;
 
-FileState KeychainStore::stateIn(int folder) {
+FileState KeychainStore::stateIn(const FileDescriptor& folder) {
   // Only looked at, never opened: closing a descriptor of ours would drop the locks that SQLite holds in this process.
   for (const char* name : kFiles) {
     if (stateOf(folder, name) == FileState::Refused) return FileState::Refused;
@@ -193,9 +194,10 @@ FileState KeychainStore::stateIn(int folder) {
   return stateOf(folder, kFileName);
 }
 
-OSStatus KeychainStore::create(int folder, const std::string& path, KeySource source, const WrappedKey& key) {
+OSStatus KeychainStore::create(const FileDescriptor& folder, const std::string& path, KeySource source,
+                               const WrappedKey& key) {
   for (const char* suffix : {"", "-journal", "-wal", "-shm"}) {
-    (void)::unlinkat(folder, (kNewFile + std::string(suffix)).c_str(), 0);
+    (void)::unlinkat(folder.number(), (kNewFile + std::string(suffix)).c_str(), 0);
   }
   if (!createPrivate(folder, kNewFile, {})) return errSecIO;
   char numbers[96];
@@ -216,14 +218,16 @@ OSStatus KeychainStore::create(int folder, const std::string& path, KeySource so
     if (status == errSecSuccess) status = connection.run("PRAGMA journal_mode=WAL");
   }
   if (status == errSecSuccess &&
-      (::renameat2(folder, kNewFile, folder, kFileName, RENAME_NOREPLACE) != 0 || ::fsync(folder) != 0)) {
+      (::renameat2(folder.number(), kNewFile, folder.number(), kFileName, RENAME_NOREPLACE) != 0 ||
+       ::fsync(folder.number()) != 0)) {
     status = errSecIO;
   }
-  if (status != errSecSuccess) (void)::unlinkat(folder, kNewFile, 0);
+  if (status != errSecSuccess) (void)::unlinkat(folder.number(), kNewFile, 0);
   return status;
 }
 
-OSStatus KeychainStore::open(int folder, const std::string& path, std::unique_ptr<KeychainStore>& store) {
+OSStatus KeychainStore::open(const FileDescriptor& folder, const std::string& path,
+                             std::unique_ptr<KeychainStore>& store) {
   if (stateIn(folder) != FileState::Private) return errSecNotAvailable;
   auto connection = std::make_unique<Connection>();
   OSStatus status = connection->open(path + "/" + kFileName);

@@ -51,11 +51,13 @@ class KeychainStore {
   using Visitor = FunctionView<OSStatus(const Row&)>;
 
   /// What stands where the store's files should be. `Refused` when one of them could be somebody else's.
-  [[nodiscard]] static FileState stateIn(int folder);
+  [[nodiscard]] static FileState stateIn(const FileDescriptor& folder);
   /// Makes the file whole under another name and puts it into place. The caller holds the folder's lock.
-  [[nodiscard]] static OSStatus create(int folder, const std::string& path, KeySource source, const WrappedKey& key);
+  [[nodiscard]] static OSStatus create(const FileDescriptor& folder, const std::string& path, KeySource source,
+                                       const WrappedKey& key);
   /// `path` is that of the folder, free of links.
-  [[nodiscard]] static OSStatus open(int folder, const std::string& path, std::unique_ptr<KeychainStore>& store);
+  [[nodiscard]] static OSStatus open(const FileDescriptor& folder, const std::string& path,
+                                     std::unique_ptr<KeychainStore>& store);
   ~KeychainStore();
   KeychainStore(const KeychainStore&) = delete;
   KeychainStore& operator=(const KeychainStore&) = delete;
