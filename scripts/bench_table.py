@@ -10,6 +10,8 @@ import sys
 
 # What Google Benchmark appends to a name that was given such a setting.
 SETTING = re.compile(r"/(?:(?:repeats|iterations|threads|min_time|min_warmup_time):[^/]*|(?:real|manual|process)_time)$")
+# Where waiting counts, and not the processor's time alone.
+WALL = re.compile(r"/(?:real|manual)_time\b")
 NANOSECONDS = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
 
 
@@ -32,7 +34,8 @@ def medians(paths):
             if row.get("aggregate_name") != "median":
                 continue
             case, who = case_and_who(row["run_name"])
-            cases.setdefault(case, {})[who] = row["cpu_time"] * NANOSECONDS[row["time_unit"]]
+            time = "real_time" if WALL.search(row["run_name"]) else "cpu_time"
+            cases.setdefault(case, {})[who] = row[time] * NANOSECONDS[row["time_unit"]]
     return cases
 
 

@@ -1,6 +1,5 @@
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <fstream>
 #include <iterator>
 
@@ -136,14 +135,3 @@ bool isProper(const ErrorSlot& error) {
 }
 
 }  // namespace quorvel::proof
-
-int main(int count, char** arguments) {
-  using namespace quorvel::proof;
-  (void)seed();  // before there are children, which would each choose their own
-  for (const Proof& proof : proofs()) {
-    if (count == 2 && std::strcmp(arguments[1], proof.name) == 0) return proof.run();
-    if (count != 2) std::printf("%s\n", proof.name);
-  }
-  if (count == 2) std::printf("no such proof: %s\n", arguments[1]);
-  return kFails;
-}
