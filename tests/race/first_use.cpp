@@ -39,14 +39,6 @@ void* operator new(std::size_t size) {
 void operator delete(void* place) noexcept { std::free(place); }
 void operator delete(void* place, std::size_t) noexcept { std::free(place); }
 
-#ifdef __SANITIZE_THREAD__
-/// ICU guards its own statics with atomics that the sanitizer does not see, since ICU is not built with it; the memcpy
-/// and malloc that ICU calls it does see.
-extern "C" const char* __tsan_default_suppressions() {
-  return "called_from_lib:libicuuc.so\ncalled_from_lib:libicui18n.so\n";
-}
-#endif
-
 namespace quorvel {
 namespace {
 
