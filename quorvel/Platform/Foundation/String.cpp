@@ -4,6 +4,7 @@
 #include <new>
 #include <ostream>
 
+#include <quorvel/Platform/Foundation/BlockCache.h>
 #include <quorvel/Platform/Foundation/Limits.h>
 #include <quorvel/Platform/Foundation/Log.h>
 #include <quorvel/Platform/Foundation/String.h>
@@ -12,13 +13,19 @@
 namespace quorvel {
 namespace {
 
-// Before the units of a shared text stands its count of references.
+// Before the units of a shared text stands its count of references, and in the upper byte the class of its block.
 using References = std::atomic<std::uint64_t>;
 constexpr std::size_t kHeader = sizeof(References);
 static_assert(kHeader == 8);
+constexpr int kClassShift = 56;
+constexpr std::uint64_t kCount = (std::uint64_t{1} << kClassShift) - 1;
 
 References* referencesOf(const char16_t* units) {
   return reinterpret_cast<References*>(reinterpret_cast<char*>(const_cast<char16_t*>(units)) - kHeader);
+}
+
+blockcache::SizeClass classOf(std::uint64_t references) {
+  return static_cast<blockcache::SizeClass>(references >> kClassShift);
 }
 
 }  // namespace
@@ -33,20 +40,34 @@ std::strong_ordering operator<=>(StringView a, StringView b) {
 
 char16_t* String::allocateUnits(std::size_t capacity) {
   contract(capacity <= limits::kStringLength, "String", "a text longer than the limit");
-  void* block = std::malloc(kHeader + capacity * sizeof(char16_t));
+  const std::size_t bytes = kHeader + capacity * sizeof(char16_t);
+  const blockcache::SizeClass sizeClass = blockcache::classFor(bytes);
+  void* block = blockcache::take(sizeClass, bytes);
   if (!block) throw std::bad_alloc();
-  new (block) References(1);
+  new (block) References(std::uint64_t{sizeClass} << kClassShift | 1);
   return reinterpret_cast<char16_t*>(static_cast<char*>(block) + kHeader);
 }
 
 char16_t* String::reallocateUnits(char16_t* units, std::size_t capacity) {
   contract(capacity <= limits::kStringLength, "String", "a text longer than the limit");
-  void* block = std::realloc(static_cast<void*>(referencesOf(units)), kHeader + capacity * sizeof(char16_t));
+  const std::size_t bytes = kHeader + capacity * sizeof(char16_t);
+  const blockcache::SizeClass sizeClass = classOf(referencesOf(units)->load(std::memory_order_relaxed));
+  if (sizeClass != blockcache::kLarge) {
+    if (bytes <= blockcache::bytesOf(sizeClass)) return units;
+    char16_t* larger = allocateUnits(capacity);
+    std::memcpy(larger, units, blockcache::bytesOf(sizeClass) - kHeader);
+    freeUnits(units);
+    return larger;
+  }
+  void* block = std::realloc(static_cast<void*>(referencesOf(units)), bytes);
   if (!block) throw std::bad_alloc();
   return reinterpret_cast<char16_t*>(static_cast<char*>(block) + kHeader);
 }
 
-void String::freeUnits(char16_t* units) { std::free(referencesOf(units)); }
+void String::freeUnits(char16_t* units) {
+  References* references = referencesOf(units);
+  blockcache::give(references, classOf(references->load(std::memory_order_relaxed)));
+}
 
 String String::adopt(char16_t* units, std::size_t size) {
   String result;
@@ -75,9 +96,10 @@ void String::retain() const noexcept { referencesOf(remote().data)->fetch_add(1,
 
 void String::release() noexcept {
   References* references = referencesOf(remote().data);
+  const std::uint64_t before = references->load(std::memory_order_acquire);
   // A sole owner needs no locked instruction: nobody else can reach the text to copy it.
-  if (references->load(std::memory_order_acquire) == 1 || references->fetch_sub(1, std::memory_order_acq_rel) == 1) {
-    std::free(references);
+  if ((before & kCount) == 1 || (references->fetch_sub(1, std::memory_order_acq_rel) & kCount) == 1) {
+    blockcache::give(references, classOf(before));
   }
 }
 

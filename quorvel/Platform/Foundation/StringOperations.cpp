@@ -101,8 +101,8 @@ std::size_t mapPlain(StringView text, StringBuilder& out) {
 
 template <class Map>
 String mapCase(StringView text, const String* owner) {
-  const std::size_t lower =
-      Map::kKeepsSmall && wide::isAvailable() ? wide::leadingCommon(text.data(), text.size(), true) : 0;
+  const bool isWide = Map::kKeepsSmall && text.size() >= wide::kWorthwhile && wide::isAvailable();
+  const std::size_t lower = isWide ? wide::leadingCommon(text.data(), text.size(), true) : 0;
   const std::size_t same =
       lower + unitscan::leading(
                   text.sub(lower), [](Units units) { return Map::has(units) & equal(Map::map(units), units); },

@@ -1,0 +1,84 @@
+#include <algorithm>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include <quorvel/Platform/Foundation/BlockCache.h>
+#include <quorvel/Platform/Foundation/String.h>
+
+namespace quorvel {
+namespace {
+
+TEST(BlockCache, GivesEveryRequestABlockThatHoldsIt) {
+  for (std::size_t bytes = 0; bytes <= 400; ++bytes) {
+    const auto sizeClass = blockcache::classFor(bytes);
+    if (sizeClass == blockcache::kLarge) {
+      EXPECT_GT(bytes, blockcache::bytesOf(blockcache::kClasses - 1));
+      continue;
+    }
+    EXPECT_GE(blockcache::bytesOf(sizeClass), bytes);
+    EXPECT_TRUE(sizeClass == 0 || blockcache::bytesOf(sizeClass - 1) < bytes) << bytes << ": a smaller class holds it";
+  }
+}
+
+String textOf(std::size_t size, char16_t unit) {
+  return String::build(size, [&](char16_t* out) {
+    std::fill_n(out, size, unit);
+    return size;
+  });
+}
+
+bool holds(const String& text, std::size_t size, char16_t unit) {
+  return text.size() == size && std::ranges::all_of(StringView(text).units(), [unit](char16_t u) { return u == unit; });
+}
+
+// Blocks change their thread, their class and their length; none is ever in two hands.
+TEST(BlockCache, TextsThatOneThreadMakesAndAnotherDropsStayWhole) {
+  constexpr std::size_t kSizes = 200;
+  for (int round = 0; round < 20; ++round) {
+    std::vector<String> texts;
+    for (std::size_t size = 0; size < kSizes; ++size)
+      texts.push_back(textOf(size, static_cast<char16_t>(u'a' + round)));
+    std::thread([&texts] {
+      std::vector<String> others;
+      for (std::size_t i = 0; i < kSizes; i += 2) texts[i] = textOf(kSizes - i, u'z');
+      for (std::size_t i = 0; i < kSizes; ++i) others.push_back(textOf(i, u'y'));
+      for (std::size_t i = 0; i < kSizes; ++i) EXPECT_TRUE(holds(others[i], i, u'y'));
+    }).join();
+    for (std::size_t i = 0; i < kSizes; ++i) {
+      EXPECT_TRUE(i % 2 ? holds(texts[i], i, static_cast<char16_t>(u'a' + round)) : holds(texts[i], kSizes - i, u'z'));
+    }
+  }
+}
+
+// A destructor of a thread's own that runs after the cache has been cleared.
+TEST(BlockCache, TextsMayOutliveTheCacheOfTheirThread) {
+  struct Late {
+    std::vector<String> texts;
+    ~Late() {
+      for (const String& text : texts) EXPECT_TRUE(holds(text, 30, u'l'));
+      texts.clear();
+      EXPECT_TRUE(holds(textOf(30, u'n'), 30, u'n'));
+    }
+  };
+  std::thread([] {
+    static thread_local Late late;
+    for (int i = 0; i < 100; ++i) late.texts.push_back(textOf(30, u'l'));
+    for (int i = 0; i < 100; ++i) static_cast<void>(textOf(static_cast<std::size_t>(8 + i), u'x'));
+  }).join();
+}
+
+TEST(BlockCache, ABuilderThatGrowsAndShrinksKeepsItsUnits) {
+  for (const std::size_t size : {1U, 8U, 119U, 120U, 121U, 124U, 125U, 240U, 5000U}) {
+    StringBuilder builder;
+    for (std::size_t i = 0; i < size; ++i) builder.append(static_cast<char16_t>(i + 1));
+    builder.truncate(size / 2);
+    const String text = builder.finish();
+    ASSERT_EQ(text.size(), size / 2);
+    for (std::size_t i = 0; i < text.size(); ++i) EXPECT_EQ(text[i], i + 1);
+  }
+}
+
+}  // namespace
+}  // namespace quorvel
