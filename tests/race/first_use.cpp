@@ -87,6 +87,8 @@ class Step {
   }
   /// The same text from all threads, or one that begins with "torn".
   [[nodiscard]] std::string told(std::size_t threads, std::size_t allocated) const {
+    // They use files, and probes that run at once are not coordinated: raced, but free to answer differently.
+    if (operation_ && operation_->isOnDevice) return "whatever the device says";
     for (std::size_t i = 1; i < threads; ++i) {
       if (objects_[i] != objects_[0]) return "torn: several objects";
       if (texts_[i] != texts_[0]) return "torn: " + texts_[0] + " and " + texts_[i];
