@@ -343,12 +343,14 @@ class Sequence {
  public:
   Sequence(ByteView file, const Box& movie) : file_(file), movie_(movie) {}
 
-  void read(ImageFacts& facts) const {
+  /// The frames, the format where it is open still, and the size.
+  ImageFacts read(ImageFacts facts) const {
     BoxWalk walk(file_, movie_);
     Box track;
     while (walk.next(track)) {
-      if (track.type == fourCharacters("trak") && readTrack(track, facts)) return;
+      if (track.type == fourCharacters("trak") && readTrack(track, facts)) break;
     }
+    return facts;
   }
 
  private:
@@ -368,7 +370,7 @@ class Sequence {
       facts.format = formatOfCodec(file_.big32(entries->body + 12));
     }
     const auto header = inside(track, fourCharacters("tkhd"));
-    if (header && header->size() >= 84 && !facts.width) {
+    if (header && header->size() >= 84) {
       facts.width = file_.big16(header->end - 8);
       facts.height = file_.big16(header->end - 4);
     }
@@ -399,20 +401,26 @@ void readISOFacts(ByteView file, ImageFacts& facts) {
   facts.isComplete = !brands.isImage;
   if (!brands.isImage) return;
   facts.format = formatOf(brands.major);
-  bool hasItems = false;
-  bool hasTrack = false;
-  while (!(hasItems && hasTrack) && walk.next(box)) {
-    if (box.type == fourCharacters("meta") && !hasItems) {
-      Items(file, box).read(facts);
-      hasItems = true;
-    } else if (box.type == fourCharacters("moov") && !hasTrack) {
-      Sequence(file, box).read(facts);
-      hasTrack = true;
+  std::optional<Box> meta;
+  std::optional<Box> movie;
+  while (!(meta && movie) && walk.next(box)) {
+    if (box.type == fourCharacters("meta") && !meta) meta = box;
+    if (box.type == fourCharacters("moov") && !movie) movie = box;
+  }
+  facts.isComplete = walk.isAtEnd() || (meta && movie);
+  if (meta) Items(file, *meta).read(facts);
+  if (movie) {
+    const ImageFacts track = Sequence(file, *movie).read(facts);
+    facts.format = track.format;
+    facts.frameCount = track.frameCount;
+    // The primary item's size counts, which may stand further on in the file.
+    if (!facts.width && facts.isComplete) {
+      facts.width = track.width;
+      facts.height = track.height;
     }
   }
-  if (facts.format == ImageFormat::Unknown) facts.format = formatOf(brands.firstCodec);
+  if (facts.format == ImageFormat::Unknown && (meta || movie)) facts.format = formatOf(brands.firstCodec);
   facts.isAnimated = facts.frameCount > 1;
-  facts.isComplete = walk.isAtEnd() || (hasItems && hasTrack);
 }
 
 }  // namespace quorvel

@@ -52,6 +52,12 @@ struct ImageFacts {
   bool decoderSwapsSides = false;
   /// Nothing that these facts come from lay beyond the bytes: more bytes of the same file would not change them.
   bool isComplete = false;
+
+  /// Both sides are known, and more bytes of the same file would not change them. An icon may hold a larger picture
+  /// yet.
+  [[nodiscard]] bool isSizeFinal() const {
+    return width > 0 && height > 0 && (isComplete || format != ImageFormat::ICO);
+  }
 };
 
 /// The orientation that turns what EXIF's 1 to 8 describe upright; any other number is upright.

@@ -55,6 +55,7 @@ ImageFacts sniff(ImageBytes bytes) {
     container.read(file, facts);
     break;
   }
+  if (facts.format == ImageFormat::Unknown) return {.isComplete = facts.isComplete};
   facts.decodedBytes = std::uint64_t{facts.width} * facts.height;
   facts.decodedBytes = facts.decodedBytes > UINT64_MAX / 4 ? UINT64_MAX : facts.decodedBytes * 4;
   return facts;

@@ -21,8 +21,9 @@ bool skipPast(std::string_view& text, std::string_view end) {
   return at != npos;
 }
 
-/// A document type ends at the ">" that stands neither in its brackets nor in quotation marks.
-bool skipDocumentType(std::string_view& text) {
+/// The place of the ">" that ends a tag or a document type: the first that stands neither in brackets nor in quotation
+/// marks.
+std::size_t findEndOfMark(std::string_view text) {
   bool isInBrackets = false;
   char quote = 0;
   for (std::size_t i = 0; i < text.size(); ++i) {
@@ -34,14 +35,19 @@ bool skipDocumentType(std::string_view& text) {
     } else if (unit == '[' || unit == ']') {
       isInBrackets = unit == '[';
     } else if (unit == '>' && !isInBrackets) {
-      skip(text, i + 1);
-      return true;
+      return i;
     }
   }
-  return false;
+  return npos;
 }
 
-/// The attributes of the root element and what follows, when that is "svg".
+bool skipMark(std::string_view& text) {
+  const std::size_t end = findEndOfMark(text);
+  if (end != npos) skip(text, end + 1);
+  return end != npos;
+}
+
+/// The attributes of the root element, when that is "svg" and its tag ends.
 std::optional<std::string_view> attributesOfRoot(ByteView file) {
   const ImageBytes bytes = file.part(0, kSVGBytes);
   std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
@@ -51,7 +57,7 @@ std::optional<std::string_view> attributesOfRoot(ByteView file) {
     bool isSkipped = false;
     if (text.starts_with("<?")) isSkipped = skipPast(text, "?>");
     if (text.starts_with("<!--")) isSkipped = skipPast(text, "-->");
-    if (text.starts_with("<!DOCTYPE")) isSkipped = skipDocumentType(text);
+    if (text.starts_with("<!DOCTYPE")) isSkipped = skipMark(text);
     if (!isSkipped) break;
   }
   if (!text.starts_with('<')) return std::nullopt;
@@ -60,7 +66,8 @@ std::optional<std::string_view> attributesOfRoot(ByteView file) {
   const std::string_view name = text.substr(0, end);
   if (end == npos || name.substr(name.find(':') + 1) != "svg") return std::nullopt;
   skip(text, end);
-  return text;
+  const std::size_t close = findEndOfMark(text);
+  return close == npos ? std::nullopt : std::optional(text.substr(0, close + 1));
 }
 
 /// The value of an attribute of the element whose attributes these are.
