@@ -292,7 +292,7 @@ class Items {
     const auto list = child(fourCharacters("iloc"));
     if (!list) return {};
     const std::uint8_t version = file_.u8(list->body);
-    const auto nibble = [&](std::uint64_t at, unsigned shift) { return file_.u8(at) >> shift & 15U; };
+    const auto nibble = [&](std::uint64_t at, unsigned shift) { return unsigned{file_.u8(at)} >> shift & 15U; };
     const unsigned offsetWidth = nibble(list->body + 4, 4);
     const unsigned lengthWidth = nibble(list->body + 4, 0);
     const unsigned baseWidth = nibble(list->body + 5, 4);

@@ -55,7 +55,10 @@ ImageFacts sniff(ImageBytes bytes) {
     container.read(file, facts);
     break;
   }
-  if (facts.format == ImageFormat::Unknown) return {.isComplete = facts.isComplete};
+  // Boxes may hold pictures of a codec that is none of ours.
+  const bool isComplete = facts.isComplete;
+  if (facts.format == ImageFormat::Unknown) facts = {};
+  facts.isComplete = isComplete;
   facts.decodedBytes = std::uint64_t{facts.width} * facts.height;
   facts.decodedBytes = facts.decodedBytes > UINT64_MAX / 4 ? UINT64_MAX : facts.decodedBytes * 4;
   return facts;
