@@ -36,8 +36,6 @@ class BoxWalk {
     at_ += size;
     return true;
   }
-  /// All was walked.
-  [[nodiscard]] bool isAtEnd() const { return at_ == end_; }
 
  private:
   ByteView file_;
@@ -407,16 +405,16 @@ void readISOFacts(ByteView file, ImageFacts& facts) {
     if (box.type == fourCharacters("meta") && !meta) meta = box;
     if (box.type == fourCharacters("moov") && !movie) movie = box;
   }
-  facts.isComplete = walk.isAtEnd() || (meta && movie);
+  facts.isComplete = meta && movie;  // nothing tells the end of a file
   if (meta) Items(file, *meta).read(facts);
   if (movie) {
     const ImageFacts track = Sequence(file, *movie).read(facts);
     facts.format = track.format;
     facts.frameCount = track.frameCount;
-    // The primary item's size counts, which may stand further on in the file.
-    if (!facts.width && facts.isComplete) {
+    if (!facts.width) {
       facts.width = track.width;
       facts.height = track.height;
+      facts.isSizeProvisional = !meta;
     }
   }
   if (facts.format == ImageFormat::Unknown && (meta || movie)) facts.format = formatOf(brands.firstCodec);

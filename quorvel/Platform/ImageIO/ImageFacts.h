@@ -53,11 +53,11 @@ struct ImageFacts {
   /// Nothing that these facts come from lay beyond the bytes: more bytes of the same file would not change them.
   bool isComplete = false;
 
-  /// Both sides are known, and more bytes of the same file would not change them. An icon may hold a larger picture
-  /// yet.
-  [[nodiscard]] bool isSizeFinal() const {
-    return width > 0 && height > 0 && (isComplete || format != ImageFormat::ICO);
-  }
+  /// The size is that of a part, and the file may hold what counts more: a larger icon, a sequence's primary item.
+  bool isSizeProvisional = false;
+
+  /// Both sides are known, and more bytes of the same file would not change them.
+  [[nodiscard]] bool isSizeFinal() const { return width > 0 && height > 0 && !isSizeProvisional; }
 };
 
 /// The orientation that turns what EXIF's 1 to 8 describe upright; any other number is upright.

@@ -85,6 +85,7 @@ void readICOFacts(ByteView file, ImageFacts& facts) {
     if (entry.area() > largest.area()) largest = entry;
   }
   facts.isComplete = facts.isComplete && facts.frameCount == count;
+  facts.isSizeProvisional = !facts.isComplete;
   facts.width = largest.width;
   facts.height = largest.height;
 }

@@ -147,37 +147,35 @@ std::uint64_t TIFFBlock::nextDirectory(std::uint64_t directory) const {
   return view_.has(at, isBig_ ? 8 : 4) ? offset(at, isBig_ ? 8 : 4) : UINT64_MAX;
 }
 
+std::size_t TIFFBlock::pagesBeforeRepeating(std::size_t length) const {
+  std::uint64_t ahead = firstDirectory();
+  for (std::size_t i = 0; i < length; ++i) ahead = nextDirectory(ahead);
+  std::size_t before = 0;
+  for (std::uint64_t behind = firstDirectory(); behind != ahead; ++before) {
+    behind = nextDirectory(behind);
+    ahead = nextDirectory(ahead);
+  }
+  return before + length;
+}
+
 std::size_t TIFFBlock::pageCount() const {
-  // Brent's way to find a cycle: `anchor` waits at ever longer distances until the walk comes by again. Which pages
-  // were counted twice by then is told by a second walk at the cycle's length before the first.
+  // Brent's way to find a cycle without remembering all: `anchor` waits at ever longer distances until the walk comes
+  // by it again, which takes at most three times as many steps as there are pages.
+  constexpr std::size_t kSteps = 4 * kPages;
   std::uint64_t anchor = 0;
-  std::size_t untilNext = 1;
   std::size_t sinceAnchor = 0;
-  std::uint64_t at = firstDirectory();
-  for (std::size_t pages = 0; pages < kPages; ++pages) {
-    if (at == 0) return pages;
-    if (entryCount(at) == 0) return pages;
-    if (at == anchor) {
-      std::uint64_t ahead = firstDirectory();
-      for (std::size_t i = 0; i < sinceAnchor; ++i) ahead = nextDirectory(ahead);
-      std::size_t before = 0;
-      for (std::uint64_t behind = firstDirectory(); behind != ahead; ++before) {
-        behind = nextDirectory(behind);
-        ahead = nextDirectory(ahead);
-      }
-      return before + sinceAnchor;
-    }
-    if (sinceAnchor == untilNext || pages == 0) {
+  std::size_t patience = 1;
+  std::size_t pages = 0;
+  for (std::uint64_t at = firstDirectory(); pages < kSteps && entryCount(at) > 0; ++pages, ++sinceAnchor) {
+    if (at == anchor) return std::min(kPages, pagesBeforeRepeating(sinceAnchor));
+    if (sinceAnchor == patience || pages == 0) {
       anchor = at;
-      untilNext *= 2;
+      patience *= 2;
       sinceAnchor = 0;
     }
-    ++sinceAnchor;
-    const std::uint64_t next = nextDirectory(at);
-    if (next == UINT64_MAX) return pages + 1;
-    at = next;
+    at = nextDirectory(at);
   }
-  return kPages;
+  return std::min(kPages, pages);
 }
 
 bool isTIFFFile(ByteView file) { return TIFFBlock::open(file.part(0)).has_value(); }

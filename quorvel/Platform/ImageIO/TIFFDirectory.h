@@ -50,6 +50,8 @@ class TIFFBlock {
     return isLittle_ ? view_.little(at, count) : view_.big(at, count);
   }
   [[nodiscard]] std::uint64_t nextDirectory(std::uint64_t directory) const;
+  /// Of a chain that ends in a cycle of this length.
+  [[nodiscard]] std::size_t pagesBeforeRepeating(std::size_t length) const;
 
   ByteView view_;
   bool isLittle_;

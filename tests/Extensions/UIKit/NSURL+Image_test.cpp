@@ -22,7 +22,7 @@ class NSURLImage : public testing::Test {
 };
 
 TEST_F(NSURLImage, IsImageByTheFirstBytesOfAFile) {
-  EXPECT_TRUE(isImage(write(jpegFile(4, 3))));
+  EXPECT_TRUE(isImage(write(jpegFile(4, 3, {.segments = jpegSegment(0xE0, {})}))));
   EXPECT_TRUE(isImage(write({0x89, 'P', 'N', 'G', 0})));
   EXPECT_FALSE(isImage(write({0x89, 'P', 'N', 'G'}))) << "four bytes";
   EXPECT_FALSE(isImage(write(gifFile(4, 3, gifFrame(4, 3))))) << "an image of another kind";

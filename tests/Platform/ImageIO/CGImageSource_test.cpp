@@ -82,7 +82,7 @@ TEST(CGImageSource, OpensRegularFilesOfURLsOnly) {
   EXPECT_TRUE(source("FILE://"));
   EXPECT_FALSE(source("http://h"));
   EXPECT_FALSE(source(""));
-  EXPECT_FALSE(source("file://%FF"));
+  EXPECT_FALSE(source("file:///%FF"));
 }
 
 TEST(CGImageSource, RefusesWhatIsNoImageOrTooLarge) {
