@@ -8,12 +8,14 @@
 #include <jpeglib.h>
 #include <tests/support/ImageFiles.h>
 
-#if QUORVEL_HAVE_QTGUI
+#if QUORVEL_HAVE_LIBPNG
+#include <png.h>
+#endif
+#if QUORVEL_HAVE_QT_GUI
 #include <QImageReader>
 #endif
 
 #include <quorvel/Extensions/UIKit/NSURL+Image.h>
-#include <quorvel/Platform/ImageIO/ImageSniff.h>
 #include <quorvel/Platform/ImageIO/TurnedBitmap.h>
 
 using namespace quorvel;
@@ -46,6 +48,24 @@ unsigned jpegLibraryWidth(const char* path) {
   return width;
 }
 
+#if QUORVEL_HAVE_LIBPNG
+unsigned pngLibraryWidth(const char* path) {
+  std::FILE* const file = std::fopen(path, "rb");
+  if (!file) return 0;
+  png_structp png = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
+  png_infop info = png_create_info_struct(png);
+  unsigned width = 0;
+  if (setjmp(png_jmpbuf(png)) == 0) {
+    png_init_io(png, file);
+    png_read_info(png, info);
+    width = png_get_image_width(png, info);
+  }
+  png_destroy_read_struct(&png, &info, nullptr);
+  std::fclose(file);
+  return width;
+}
+#endif
+
 /// A camera's headers in front of 4 MB of pixels.
 FileBytes cameraFile() {
   const FileBytes segments =
@@ -68,7 +88,12 @@ void addSizes(const std::string& name, const FileBytes& bytes) {
   if (name == "jpeg") {
     bench::add("facts/size of jpeg", bytes.size(), "floor:libjpeg", [path] { return jpegLibraryWidth(path.c_str()); });
   }
-#if QUORVEL_HAVE_QTGUI
+#if QUORVEL_HAVE_LIBPNG
+  if (name == "png") {
+    bench::add("facts/size of png", bytes.size(), "floor:libpng", [path] { return pngLibraryWidth(path.c_str()); });
+  }
+#endif
+#if QUORVEL_HAVE_QT_GUI
   bench::add("facts/size of " + name, bytes.size(), "Qt",
              [path] { return QImageReader(QString::fromStdString(path)).size(); });
 #endif

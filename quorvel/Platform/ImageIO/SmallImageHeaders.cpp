@@ -99,9 +99,10 @@ bool isPDFFile(ByteView file) {
   return false;
 }
 
-void readPDFFacts(ByteView, ImageFacts& facts) {
+void readPDFFacts(ByteView file, ImageFacts& facts) {
   facts.format = ImageFormat::PDF;
-  facts.isComplete = true;
+  // What stands in front of the mark may yet turn out to be an SVG that speaks of it.
+  facts.isComplete = file.is(0, "%PDF-");
 }
 
 }  // namespace quorvel

@@ -61,19 +61,61 @@ void moveRows(const CGBitmap& from, CGBitmap& to, const Turn& turn, std::size_t 
   }
 }
 
-void moveTransposedRows(const CGBitmap& from, CGBitmap& to, const Turn& turn, std::size_t begin, std::size_t end) {
-  const std::size_t width = to.width();
-  for (std::size_t left = 0; left < width; left += kBlock) {
-    const std::size_t right = std::min(left + kBlock, width);
-    for (std::size_t y = begin; y < end; ++y) {
-      const std::size_t column = turn.isUpsideDown ? to.height() - 1 - y : y;
-      std::uint8_t* const row = to.row(y);
-      for (std::size_t x = left; x < right; ++x) {
-        setPixel(row, x, pixelAt(from.row(turn.isMirrored ? width - 1 - x : x), column));
-      }
+/// Where the pixels of a transposed result come from.
+class Transposition {
+ public:
+  Transposition(const CGBitmap& from, CGBitmap& to, const Turn& turn) : from_(from), to_(to), turn_(turn) {}
+
+  /// Rows `begin` to `end` of the result, block by block.
+  void moveRows(std::size_t begin, std::size_t end) {
+    for (std::size_t left = 0; left < to_.width(); left += kBlock) {
+      const std::size_t right = std::min(left + kBlock, to_.width());
+      std::size_t y = begin;
+      for (; y + kTile <= end; y += kTile) moveTiles(left, right, y);
+      for (; y < end; ++y) movePixels(left, right, y);
     }
   }
-}
+
+ private:
+  /// Pixels of a side of what is turned in registers.
+  static constexpr std::size_t kTile = 4;
+  using Four = std::uint32_t __attribute__((vector_size(16)));
+
+  [[nodiscard]] const std::uint8_t* sourceRow(std::size_t x) const {
+    return from_.row(turn_.isMirrored ? to_.width() - 1 - x : x);
+  }
+
+  void movePixels(std::size_t left, std::size_t right, std::size_t y) {
+    const std::size_t column = turn_.isUpsideDown ? to_.height() - 1 - y : y;
+    for (std::size_t x = left; x < right; ++x) setPixel(to_.row(y), x, pixelAt(sourceRow(x), column));
+  }
+
+  void moveTiles(std::size_t left, std::size_t right, std::size_t y) {
+    std::size_t x = left;
+    for (; x + kTile <= right; x += kTile) moveTile(x, y);
+    for (std::size_t row = y; row < y + kTile; ++row) movePixels(x, right, row);
+  }
+
+  void moveTile(std::size_t x, std::size_t y) {
+    const std::size_t column = turn_.isUpsideDown ? to_.height() - kTile - y : y;
+    Four rows[kTile];
+    for (std::size_t i = 0; i < kTile; ++i) std::memcpy(&rows[i], sourceRow(x + i) + 4 * column, sizeof(Four));
+    const Four low01 = __builtin_shufflevector(rows[0], rows[1], 0, 4, 1, 5);
+    const Four high01 = __builtin_shufflevector(rows[0], rows[1], 2, 6, 3, 7);
+    const Four low23 = __builtin_shufflevector(rows[2], rows[3], 0, 4, 1, 5);
+    const Four high23 = __builtin_shufflevector(rows[2], rows[3], 2, 6, 3, 7);
+    const Four columns[kTile] = {
+        __builtin_shufflevector(low01, low23, 0, 1, 4, 5), __builtin_shufflevector(low01, low23, 2, 3, 6, 7),
+        __builtin_shufflevector(high01, high23, 0, 1, 4, 5), __builtin_shufflevector(high01, high23, 2, 3, 6, 7)};
+    for (std::size_t i = 0; i < kTile; ++i) {
+      std::memcpy(to_.row(turn_.isUpsideDown ? y + kTile - 1 - i : y + i) + 4 * x, &columns[i], sizeof(Four));
+    }
+  }
+
+  const CGBitmap& from_;
+  CGBitmap& to_;
+  Turn turn_;
+};
 
 }  // namespace
 
@@ -87,7 +129,11 @@ std::shared_ptr<const CGBitmap> turnedBitmap(std::shared_ptr<const CGBitmap> bit
   if (!result) return nullptr;
   for (std::size_t y = 0; y < result->height(); y += kBlock) {
     const std::size_t end = std::min(y + kBlock, result->height());
-    (turn.isTransposed ? moveTransposedRows : moveRows)(*bitmap, *result, turn, y, end);
+    if (turn.isTransposed) {
+      Transposition(*bitmap, *result, turn).moveRows(y, end);
+    } else {
+      moveRows(*bitmap, *result, turn, y, end);
+    }
     if (!work.goesOn(static_cast<double>(end) / static_cast<double>(result->height()))) return nullptr;
   }
   return result;
