@@ -27,6 +27,10 @@ TEST(CGImageSource, AnswersTheSameOfAFileAndOfItsBytes) {
   TIFFWriter tiff;
   (void)tiff.add({{700, 7, 100'000, FileBytes(100'000)}});
   const FileBytes farDirectory = tiff.file(tiff.add({tiff.shorts(256, {7}), tiff.shorts(257, {5})}));
+  TIFFWriter across;
+  (void)across.add({{700, 7, 4054, FileBytes(4054)}});
+  const std::uint64_t directory = across.add({across.shorts(256, {7}), across.shorts(257, {5})});
+  EXPECT_EQ(directory, 4080) << "the width is within the first step, the height behind it";
   FileBytes frames;
   for (int i = 0; i < 9'000; ++i) frames = std::move(ByteWriter().add(frames).add(gifFrame(7, 5)).file);
   const FileBytes meta = isoMeta({{1, "hvc1", {1}}}, isoSize(7, 5));
@@ -42,6 +46,7 @@ TEST(CGImageSource, AnswersTheSameOfAFileAndOfItsBytes) {
       {"all of it", jpegFile(7, 5, {.segments = joined({comments(3), jpegExif(exifWithOrientation(6))})}),
        u"public.jpeg", 1},
       {"directory at the end", farDirectory, u"public.tiff", 1},
+      {"directory across the first step", across.file(directory), u"public.tiff", 1},
       {"frames to the end", gifFile(7, 5, frames), u"com.compuserve.gif", 9'000},
       {"open brand, what it holds at the end", joined({isoType("mif1"), isoBox("mdat", FileBytes(70'000)), meta}),
        u"public.heic", 1},
