@@ -11,7 +11,8 @@ namespace quorvel {
 namespace {
 
 constexpr std::uint64_t kFirstStep = 4 * 1024;
-constexpr std::uint64_t kSecondStep = 64 * 1024;
+constexpr std::uint64_t kLastStep = 64 * 1024;
+constexpr std::uint64_t kGrowth = 4;
 
 /// The same work, its progress from 0 to `share` of the whole.
 ImageWork partOf(const ImageWork& work, double share) {
@@ -47,7 +48,8 @@ ImageBytes CGImageSource::bytes() const { return data_.size() ? data_.bytes() : 
 
 bool CGImageSource::readMore() {
   if (isWhole_) return false;
-  const std::uint64_t step = read_.empty() ? kFirstStep : read_.size() < kSecondStep ? kSecondStep : fileSize_;
+  std::uint64_t step = std::max(kFirstStep, kGrowth * read_.size());
+  if (step > kLastStep) step = fileSize_;
   const std::uint64_t wanted = std::min(step, fileSize_);
   readOn(file_, wanted, read_);
   isWhole_ = wanted == fileSize_ || read_.size() < wanted;

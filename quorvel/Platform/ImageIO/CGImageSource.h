@@ -10,9 +10,9 @@
 
 namespace quorvel {
 
-/// Reads each byte of a file once: first 4 KiB, then up to 64 KiB, then the whole, each step only when a question could
-/// not be answered yet. `pixelSize` and `type` stop as soon as they are known. The file stays open until the whole was
-/// read. Used by one thread at a time.
+/// Reads each byte of a file once: first 4 KiB, then up to 16 and 64 KiB, then the whole, each step only when a
+/// question could not be answered yet. `pixelSize` and `type` stop as soon as they are known. The file stays open until
+/// the whole was read. Used by one thread at a time.
 class CGImageSource {
  public:
   /// `CGImageSourceCreateWithData`: nil when the bytes are no image, or more than `limits::kImageFileBytes`.
