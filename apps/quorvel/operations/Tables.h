@@ -21,13 +21,14 @@ std::span<const Operation> localeOperations();
 std::span<const Operation> durationOperations();
 std::span<const Operation> textSearchOperations();
 std::span<const Operation> colorOperations();
+std::span<const Operation> imageOperations();
 std::span<const Operation> deviceOperations();
 
 inline constexpr std::span<const Operation> (*kTopics[])() = {
     textOperations,  fileNameOperations,        cleaningOperations,   highlightingOperations, recordOperations,
     listOperations,  percentEncodingOperations, queryOperations,      jsonOperations,         digestOperations,
     sizeOperations,  durationOperations,        textSearchOperations, versionOperations,      localeOperations,
-    colorOperations, deviceOperations,
+    colorOperations, imageOperations,           deviceOperations,
 };
 
 }  // namespace quorvel::command

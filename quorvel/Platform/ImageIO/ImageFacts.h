@@ -13,6 +13,9 @@ namespace quorvel {
 /// The bytes of a whole file; they must outlive what reads them.
 using ImageBytes = std::span<const std::uint8_t>;
 
+/// How the stored colours are to be read; of a palette the model of its colours.
+enum class ImageColorModel : std::uint8_t { Unknown, Gray, RGB, CMYK, Lab };
+
 enum class ImageFormat : std::uint8_t { Unknown, JPEG, PNG, APNG, GIF, WebP, TIFF, HEIC, AVIF, BMP, ICO, SVG, PDF };
 
 struct ImageFacts {
@@ -39,6 +42,22 @@ struct ImageFacts {
   };
   Place exif;
   Place profile;
+
+  /// 0 when unknown. Of a palette, of its colours.
+  std::uint8_t bitsPerComponent = 0;
+  ImageColorModel colorModel = ImageColorModel::Unknown;
+  /// Its pixels may be transparent.
+  bool hasAlpha = false;
+  /// The decoder turns the picture by a quarter itself (HEIC, AVIF): what it decodes has `height` columns.
+  bool decoderSwapsSides = false;
+  /// Nothing that these facts come from lay beyond the bytes: more bytes of the same file would not change them.
+  bool isComplete = false;
+
+  /// The size is that of a part, and the file may hold what counts more: a larger icon, a sequence's primary item.
+  bool isSizeProvisional = false;
+
+  /// Both sides are known, and more bytes of the same file would not change them.
+  [[nodiscard]] bool isSizeFinal() const { return width > 0 && height > 0 && !isSizeProvisional; }
 };
 
 /// The orientation that turns what EXIF's 1 to 8 describe upright; any other number is upright.

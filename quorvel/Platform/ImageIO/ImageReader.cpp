@@ -20,7 +20,8 @@ PixelSize thumbnailSize(PixelSize picture, double largestSide) {
 std::shared_ptr<CGBitmap> readPixels(ImageBytes file, const ImageFacts& facts, PixelSize wanted,
                                      const ImageWork& work) {
   if (file.size() > limits::kImageFileBytes || wanted.width == 0 || wanted.height == 0) return nullptr;
-  if (wanted.width > facts.width || wanted.height > facts.height) return nullptr;
+  const PixelSize whole = decodedSize(facts);
+  if (wanted.width > whole.width || wanted.height > whole.height) return nullptr;
   if (facts.width > limits::kImageSide || facts.height > limits::kImageSide) return nullptr;
   if (std::uint64_t{facts.width} * facts.height > limits::kImagePixels) return nullptr;
   switch (facts.format) {

@@ -21,9 +21,14 @@ struct PixelSize {
 /// nearest and at least 1. 0 by 0 when a side is 0 or `largestSide` is below 1 or no number.
 [[nodiscard]] PixelSize thumbnailSize(PixelSize picture, double largestSide);
 
-/// `readPixels`: the first image of a file, premultiplied, in sRGB, as stored (not turned), with exactly the sides
-/// `wanted`: the whole size, or a smaller one, to which it is shrunk by the mean of the area that each pixel covers.
-/// The file is decoded no larger than that takes where its format allows.
+/// The whole first image as its reader gives it: as stored, but with the quarter turn that its decoder makes itself.
+[[nodiscard]] constexpr PixelSize decodedSize(const ImageFacts& facts) {
+  return facts.decoderSwapsSides ? PixelSize{facts.height, facts.width} : PixelSize{facts.width, facts.height};
+}
+
+/// `readPixels`: the first image of a file, premultiplied, in sRGB, as `decodedSize` says (not turned), with
+/// exactly the sides `wanted`: the whole size, or a smaller one, to which it is shrunk by the mean of the area that
+/// each pixel covers. The file is decoded no larger than that takes where its format allows.
 ///
 /// A damaged file gives what could be decoded above transparent or grey pixels when at least a row could, as viewers
 /// show it, otherwise nullptr; so do limits exceeded (checked before memory is taken), a format without a reader, a

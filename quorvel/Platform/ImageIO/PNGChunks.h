@@ -1,0 +1,38 @@
+// PNGChunks: the chunks of a PNG or an animated PNG (PNG specification, third edition, sections 5 and 11).
+// Not here: pixels (ImageReader.h), what is packed in a chunk.
+#pragma once
+
+#include <quorvel/Platform/ImageIO/ByteView.h>
+
+namespace quorvel {
+
+struct PNGChunk {
+  std::uint32_t type = 0;
+  /// Of its data, which lie in the file to their end.
+  std::uint64_t location = 0;
+  std::uint64_t length = 0;
+};
+
+/// Chunks one after the other, IEND the last. Checksums are not looked at.
+class PNGChunkWalk {
+ public:
+  explicit PNGChunkWalk(ByteView file) : file_(file) {}
+
+  /// False after IEND and where the file is cut within a chunk.
+  bool next(PNGChunk& chunk);
+  [[nodiscard]] bool isAtEnd() const { return isAtEnd_; }
+
+ private:
+  ByteView file_;
+  std::uint64_t at_ = 8;
+  bool isAtEnd_ = false;
+};
+
+[[nodiscard]] bool isPNGFile(ByteView file);
+/// Size and colours from IHDR and tRNS, EXIF from eXIf, frames counted by fcTL where an acTL stands before the pixels.
+void readPNGFacts(ByteView file, ImageFacts& facts);
+
+/// The data of the first chunk of this type before the pixels; empty when there is none.
+[[nodiscard]] ImageBytes pngChunkBeforePixels(ByteView file, std::uint32_t type);
+
+}  // namespace quorvel

@@ -1,0 +1,56 @@
+#include <gtest/gtest.h>
+#include <tests/support/ImageFiles.h>
+#include <tests/support/TemporaryFolder.h>
+
+#include <quorvel/Extensions/UIKit/NSURL+Image.h>
+#include <quorvel/Extensions/UIKit/NSURL+ImageDetect.h>
+#include <quorvel/Extensions/UIKit/UIImage+Tools+Files.h>
+
+namespace quorvel {
+namespace {
+
+using namespace test;
+
+class NSURLImage : public testing::Test {
+ protected:
+  NSURL write(const FileBytes& bytes) {
+    writeFile(folder_.path("an image"), {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+    return *NSURL::fileURLWithPath(String::fromUTF8(folder_.path("an image")));
+  }
+
+  TemporaryFolder folder_;
+};
+
+TEST_F(NSURLImage, IsImageByTheFirstBytesOfAFile) {
+  EXPECT_TRUE(isImage(write(jpegFile(4, 3, {.segments = jpegSegment(0xE0, {})}))));
+  EXPECT_TRUE(isImage(write({0x89, 'P', 'N', 'G', 0})));
+  EXPECT_FALSE(isImage(write({0x89, 'P', 'N', 'G'}))) << "four bytes";
+  EXPECT_FALSE(isImage(write(gifFile(4, 3, gifFrame(4, 3))))) << "an image of another kind";
+  EXPECT_FALSE(isImage(write({})));
+  const NSURL url = write(pngFile(4, 3));
+  EXPECT_TRUE(isImage(url));
+  EXPECT_FALSE(isImage(*NSURL::withString(u"http://h/a.png")));
+  EXPECT_FALSE(isImage(url.byDeletingLastPathComponent())) << "a folder";
+  EXPECT_FALSE(isImage(*NSURL::fileURLWithPath(u"/dev/zero"))) << "a device";
+  EXPECT_FALSE(isImage(*NSURL::fileURLWithPath(u"/nowhere/at/all")));
+}
+
+TEST_F(NSURLImage, SizesAreThoseStored) {
+  const FileBytes turned = jpegFile(40, 30, {.segments = jpegExif(exifWithOrientation(6))});
+  EXPECT_EQ(imageFileDimensionSize(write(turned)), (CGSize{40, 30})) << "whatever the orientation";
+  EXPECT_EQ(imageFileDimensionSize(write(pngFile(60'000, 60'000))), (CGSize{60'000, 60'000})) << "beyond the limits";
+  EXPECT_EQ(imageFileDimensionSize(write(textBytes("%PDF-1.4"))), CGSize()) << "unknown";
+  EXPECT_EQ(imageFileDimensionSize(write(textBytes("text"))), CGSize());
+  EXPECT_EQ(imageFileDimensionSize(*NSURL::withString(u"http://h/a.png")), CGSize());
+}
+
+TEST_F(NSURLImage, NoSmallImageOfWhatIsNone) {
+  write(pngFile(60'000, 60'000));
+  EXPECT_FALSE(UIImageTools::imageWithFilePath(nil, 100));
+  EXPECT_FALSE(UIImageTools::imageWithFilePath(u"", 100));
+  EXPECT_FALSE(UIImageTools::imageWithFilePath(u"/nowhere/at/all", 100));
+  EXPECT_FALSE(UIImageTools::imageWithFilePath(String::fromUTF8(folder_.path("an image")), 100)) << "beyond the limits";
+}
+
+}  // namespace
+}  // namespace quorvel
