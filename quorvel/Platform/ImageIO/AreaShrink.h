@@ -12,13 +12,17 @@
 namespace quorvel {
 
 /// Fed with the rows of a picture from the top; as soon as a row of the result is complete, it is written. Keeps one
-/// row of sums, never the picture. A pixel of the result is the exact mean of what it covers, pixels in parts counted
-/// by their part, rounded to the nearest; halves go up. One colour alone stays that colour.
+/// row of sums, never the picture. A pixel of the result is the mean of what it covers, pixels in parts counted by
+/// their part, rounded to the nearest: exact where heights in lowest terms are at most 128, else within 1/128 of a
+/// level. One colour alone stays that colour.
 class AreaShrink {
  public:
   /// Onto `result`, which must outlive this and have sides no larger than those of `source` (equal ones: a copy); nil
   /// when it has, and when there is no memory.
   [[nodiscard]] static std::optional<AreaShrink> make(PixelSize source, CGBitmap& result);
+  /// The same with the rows of a decoder that has already brought the picture to so many eighths of its sides, rounded
+  /// up: what their last column and row hold beyond the picture does not count.
+  [[nodiscard]] static std::optional<AreaShrink> make(PixelSize picture, std::uint32_t eighths, CGBitmap& result);
   AreaShrink(AreaShrink&&) noexcept;
   AreaShrink& operator=(AreaShrink&&) = delete;
   ~AreaShrink();

