@@ -261,6 +261,7 @@ void AreaShrink::State::finishRow() {
 
 AreaShrink::AreaShrink(std::unique_ptr<State> state) : state_(std::move(state)) {}
 AreaShrink::AreaShrink(AreaShrink&&) noexcept = default;
+AreaShrink& AreaShrink::operator=(AreaShrink&&) noexcept = default;
 AreaShrink::~AreaShrink() = default;
 
 std::optional<AreaShrink> AreaShrink::make(PixelSize source, CGBitmap& result) { return make(source, 8, result); }

@@ -24,7 +24,7 @@ class AreaShrink {
   /// up: what their last column and row hold beyond the picture does not count.
   [[nodiscard]] static std::optional<AreaShrink> make(PixelSize picture, std::uint32_t eighths, CGBitmap& result);
   AreaShrink(AreaShrink&&) noexcept;
-  AreaShrink& operator=(AreaShrink&&) = delete;
+  AreaShrink& operator=(AreaShrink&&) noexcept;
   ~AreaShrink();
 
   /// The next row, as many pixels as the source is wide: premultiplied, blue, green, red, alpha. Rows beyond the
