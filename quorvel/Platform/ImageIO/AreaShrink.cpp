@@ -10,10 +10,15 @@
 #endif
 
 #include <quorvel/Platform/Foundation/Limits.h>
+#include <quorvel/Platform/Foundation/WideKernels.h>
+#include <quorvel/Platform/ImageIO/AreaKernels.h>
 #include <quorvel/Platform/ImageIO/AreaShrink.h>
 
 namespace quorvel {
 namespace {
+
+using area::kBlock;
+using area::kNarrowWhole;
 
 constexpr std::size_t kChannels = 4;
 
@@ -24,8 +29,6 @@ std::unique_ptr<Element[]> zeros(std::size_t count) {
 
 /// Weights are signed half words, so that two pixels are weighed by one instruction.
 constexpr std::uint32_t kMostWeight = 32'767;
-/// Up to here the exact sum of a column fits a half word too.
-constexpr std::uint32_t kNarrowWhole = 128;
 
 /// One direction in its smallest whole numbers: a source pixel is `part` units long, a result pixel `whole` units.
 /// Their weights come to `total` for each result pixel: the units, or where these are too many, units rounded.
@@ -65,16 +68,14 @@ struct Axis {
   }
 };
 
-/// (sum + 1/2) / divisor is at least 1/2 / divisor away from a whole number; the product with the rounded reciprocal
-/// errs by at most 256 / 2^23 in single precision, so that its whole part is the quotient's.
-constexpr std::uint64_t kSingleDivisor = 16'000;
-
-template <class Real>
+/// Rounds to the nearest. Up to a divisor of 16,000 exactly: (sum + 1/2) / divisor is at least 1/2 / divisor away from
+/// a whole number, and the product with the rounded reciprocal errs by at most 256 / 2^23. Beyond, a mean that close to
+/// a half may go either way.
 void writeMeans(const std::int32_t* sums, std::size_t count, std::uint64_t divisor, std::uint8_t* to) {
-  const Real offset = static_cast<Real>(divisor / 2) + Real{0.5};
-  const Real reciprocal = Real{1} / static_cast<Real>(divisor);
+  const float offset = static_cast<float>(divisor / 2) + 0.5F;
+  const float reciprocal = 1.0F / static_cast<float>(divisor);
   for (std::size_t i = 0; i < count; ++i) {
-    to[i] = static_cast<std::uint8_t>(static_cast<std::int32_t>((static_cast<Real>(sums[i]) + offset) * reciprocal));
+    to[i] = static_cast<std::uint8_t>(static_cast<std::int32_t>((static_cast<float>(sums[i]) + offset) * reciprocal));
   }
 }
 
@@ -147,14 +148,16 @@ struct AreaShrink::State {
   const PixelSize source;
   const Axis columns;
   const Axis rows;
+  const bool isWide = wide::isAvailable();
   std::uint32_t sourceRow = 0;
   std::uint32_t resultRow = 0;
   bool isRowEmpty = true;
 
   /// The weighted sums of the rows so far, channel by channel, as words where half words do not hold them exactly.
-  std::unique_ptr<std::uint32_t[]> wide{};
+  std::unique_ptr<std::uint32_t[]> words{};
   /// Half words, and zeros behind them.
-  std::unique_ptr<std::uint16_t[]> narrow{};
+  std::unique_ptr<std::uint16_t[]> sums{};
+  std::unique_ptr<std::uint16_t[]> endedSums{};
   /// The first pixel under each result pixel, and the weights in pairs, equally many for each.
   std::unique_ptr<std::uint32_t[]> starts{};
   std::unique_ptr<std::uint32_t[]> weights{};
@@ -168,7 +171,14 @@ struct AreaShrink::State {
         rows(picture.height * eighths, static_cast<std::uint32_t>(to.height())) {}
 
   [[nodiscard]] bool isCopy() const { return columns.whole == 1 && rows.whole == 1; }
-  [[nodiscard]] bool hasWideSums() const { return rows.whole > kNarrowWhole; }
+  [[nodiscard]] bool hasWords() const { return rows.whole > kNarrowWhole; }
+  [[nodiscard]] std::uint64_t divisor() const {
+    return std::uint64_t{columns.total} * (hasWords() ? kNarrowWhole : rows.total);
+  }
+  [[nodiscard]] std::size_t paddedWidth() const { return (result.width() + kBlock - 1) / kBlock * kBlock; }
+  /// Of the weights of a pair, which AVX2 wants four times.
+  [[nodiscard]] std::size_t copies() const { return isWide ? 4 : 1; }
+
   [[nodiscard]] bool prepare();
   void prepareWeights();
   void addRow(const std::uint8_t* row);
@@ -176,18 +186,23 @@ struct AreaShrink::State {
   void finishRow();
   template <std::size_t kPairs>
   void sumColumns();
+  void sumAllColumns();
 };
 
 bool AreaShrink::State::prepare() {
   if (isCopy()) return true;
-  const std::size_t count = std::size_t{source.width} * kChannels;
-  pairs = (columns.mostPixels(static_cast<std::uint32_t>(result.width())) + 1) / 2;
-  if (hasWideSums()) wide = zeros<std::uint32_t>(count);
-  narrow = zeros<std::uint16_t>(count + 2 * pairs * kChannels);
-  starts = zeros<std::uint32_t>(result.width());
-  weights = zeros<std::uint32_t>(result.width() * pairs);
-  pixelSums = zeros<std::int32_t>(result.width() * kChannels);
-  if (hasWideSums() != (wide != nullptr) || !narrow || !starts || !weights || !pixelSums) return false;
+  const auto width = static_cast<std::uint32_t>(result.width());
+  // One more where AVX2 begins at even pixels only.
+  pairs = (columns.mostPixels(width) + (isWide ? 2 : 1)) / 2;
+  const std::size_t count = (source.width + kBlock + 2 * pairs) * kChannels;
+  sums = zeros<std::uint16_t>(count);
+  if (hasWords()) words = zeros<std::uint32_t>(count);
+  if (isWide && !hasWords()) endedSums = zeros<std::uint16_t>(count);
+  starts = zeros<std::uint32_t>(paddedWidth());
+  weights = zeros<std::uint32_t>(paddedWidth() * pairs * copies());
+  if (!isWide) pixelSums = zeros<std::int32_t>(width * kChannels);
+  if (!sums || !starts || !weights || (hasWords() && !words)) return false;
+  if (isWide ? !hasWords() && !endedSums : !pixelSums) return false;
   prepareWeights();
   return true;
 }
@@ -195,9 +210,12 @@ bool AreaShrink::State::prepare() {
 void AreaShrink::State::prepareWeights() {
   for (std::uint32_t i = 0; i < result.width(); ++i) {
     starts[i] = columns.firstPixel(i);
+    if (isWide) starts[i] &= ~1U;
     for (std::uint32_t pair = 0; pair < pairs; ++pair) {
       const std::uint32_t pixel = starts[i] + 2 * pair;
-      weights[i * pairs + pair] = columns.shared(i, pixel) | columns.shared(i, pixel + 1) << 16;
+      const std::uint32_t both = columns.shared(i, pixel) | columns.shared(i, pixel + 1) << 16;
+      std::uint32_t* const to = weights.get() + (isWide ? (pair * paddedWidth() + i) * 4 : i * pairs + pair);
+      std::fill_n(to, copies(), both);
     }
   }
 }
@@ -205,18 +223,36 @@ void AreaShrink::State::prepareWeights() {
 void AreaShrink::State::addRow(const std::uint8_t* row) {
   const std::uint64_t end = (sourceRow + std::uint64_t{1}) * rows.part;
   const std::uint64_t resultEnd = (resultRow + std::uint64_t{1}) * rows.whole;
-  add(row, rows.shared(resultRow, sourceRow));
-  if (end >= resultEnd) finishRow();
-  if (end > resultEnd && resultRow < result.height()) add(row, rows.shared(resultRow, sourceRow));
+  const bool isSplit = end > resultEnd && resultRow + 1 < result.height();
+  const std::uint32_t weight = rows.shared(resultRow, sourceRow);
+  const std::uint32_t nextWeight = isSplit ? rows.shared(resultRow + 1, sourceRow) : 0;
   ++sourceRow;
+#if defined(__x86_64__)
+  if (isSplit && !isRowEmpty && endedSums) {
+    area::splitWide(sums.get(), row, source.width, weight, nextWeight, endedSums.get());
+    sums.swap(endedSums);
+    finishRow();
+    sums.swap(endedSums);
+    isRowEmpty = false;
+    return;
+  }
+#endif
+  add(row, weight);
+  if (end >= resultEnd) finishRow();
+  if (isSplit) add(row, nextWeight);
 }
 
 void AreaShrink::State::add(const std::uint8_t* row, std::uint32_t weight) {
-  const std::size_t count = std::size_t{source.width} * kChannels;
-  if (wide) {
-    addWeighted(wide.get(), row, count, weight, isRowEmpty);
+  const auto both = [&](auto* to) {
+#if defined(__x86_64__)
+    if (isWide) return area::addWide(to, row, source.width, weight, isRowEmpty);
+#endif
+    addWeighted(to, row, std::size_t{source.width} * kChannels, weight, isRowEmpty);
+  };
+  if (words) {
+    both(words.get());
   } else {
-    addWeighted(narrow.get(), row, count, weight, isRowEmpty);
+    both(sums.get());
   }
   isRowEmpty = false;
 }
@@ -225,7 +261,7 @@ template <std::size_t kPairs>
 void AreaShrink::State::sumColumns() {
   const std::size_t perPixel = kPairs ? kPairs : pairs;
   for (std::size_t i = 0; i < result.width(); ++i) {
-    const std::uint16_t* const pixels = narrow.get() + starts[i] * kChannels;
+    const std::uint16_t* const pixels = sums.get() + starts[i] * kChannels;
     const std::uint32_t* const pixelWeights = weights.get() + i * perPixel;
     PixelSum sum;
     for (std::size_t pair = 0; pair < perPixel; ++pair) sum.add(pixels + 2 * kChannels * pair, pixelWeights[pair]);
@@ -233,30 +269,31 @@ void AreaShrink::State::sumColumns() {
   }
 }
 
-void AreaShrink::State::finishRow() {
-  if (wide) narrowSums(wide.get(), std::size_t{source.width} * kChannels, rows.total, narrow.get());
+void AreaShrink::State::sumAllColumns() {
   switch (pairs) {
     case 1:
-      sumColumns<1>();
-      break;
+      return sumColumns<1>();
     case 2:
-      sumColumns<2>();
-      break;
+      return sumColumns<2>();
     case 3:
-      sumColumns<3>();
-      break;
+      return sumColumns<3>();
     default:
-      sumColumns<0>();
+      return sumColumns<0>();
   }
-  const std::size_t count = result.width() * kChannels;
-  const std::uint64_t divisor = std::uint64_t{columns.total} * (wide ? kNarrowWhole : rows.total);
+}
+
+void AreaShrink::State::finishRow() {
   std::uint8_t* const to = result.row(resultRow++);
-  if (divisor <= kSingleDivisor || wide) {
-    writeMeans<float>(pixelSums.get(), count, divisor, to);
-  } else {
-    writeMeans<double>(pixelSums.get(), count, divisor, to);
-  }
   isRowEmpty = true;
+#if defined(__x86_64__)
+  if (isWide) {
+    if (words) area::narrowWide(words.get(), source.width, rows.total, sums.get());
+    return area::meansWide(sums.get(), {starts.get(), weights.get(), result.width(), pairs}, divisor(), to);
+  }
+#endif
+  if (words) narrowSums(words.get(), std::size_t{source.width} * kChannels, rows.total, sums.get());
+  sumAllColumns();
+  writeMeans(pixelSums.get(), result.width() * kChannels, divisor(), to);
 }
 
 AreaShrink::AreaShrink(std::unique_ptr<State> state) : state_(std::move(state)) {}

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <random>
 #include <vector>
 
@@ -7,6 +8,7 @@
 #include <tests/support/Pictures.h>
 #include <tests/support/Row.h>
 
+#include <quorvel/Platform/Foundation/WideKernels.h>
 #include <quorvel/Platform/ImageIO/AreaShrink.h>
 
 namespace quorvel {
@@ -16,7 +18,7 @@ using test::draw;
 using test::Motif;
 using test::Picture;
 
-std::shared_ptr<CGBitmap> shrink(const Picture& picture, PixelSize size) {
+std::shared_ptr<CGBitmap> shrinkOnce(const Picture& picture, PixelSize size) {
   auto result = CGBitmap::make(size.width, size.height);
   auto shrinker = AreaShrink::make(
       {static_cast<std::uint32_t>(picture.width), static_cast<std::uint32_t>(picture.height)}, *result);
@@ -29,6 +31,20 @@ std::shared_ptr<CGBitmap> shrink(const Picture& picture, PixelSize size) {
     shrinker->addRow(row.data());
   }
   EXPECT_EQ(shrinker->rowsDone(), size.height);
+  return result;
+}
+
+/// The same with and without the wide kernels.
+std::shared_ptr<CGBitmap> shrink(const Picture& picture, PixelSize size) {
+  auto result = shrinkOnce(picture, size);
+  wide::setEnabled(false);
+  const auto portable = shrinkOnce(picture, size);
+  wide::setEnabled(true);
+  for (std::size_t y = 0; result && y < size.height; ++y) {
+    if (std::memcmp(result->row(y), portable->row(y), 4 * size.width) == 0) continue;
+    ADD_FAILURE() << "row " << y << " differs between the widths of vectors";
+    break;
+  }
   return result;
 }
 
