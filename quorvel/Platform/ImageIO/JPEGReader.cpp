@@ -54,6 +54,7 @@ class JPEGDecoder {
   void setSource();
   [[nodiscard]] bool isHeaderAccepted(const ImageFacts& facts) const;
   void chooseColors();
+  [[nodiscard]] jpeg::Detail detailOf(const jpeg_component_info& component) const;
   [[nodiscard]] bool chooseScans(int lastScan);
   [[nodiscard]] bool makeRoom(PixelSize wanted);
   [[nodiscard]] std::uint8_t* roomForRow();
@@ -181,7 +182,14 @@ void JPEGDecoder::chooseColors() {
   profile_ = ColorProfile::make(jpeg::profileOf(file_, ColorProfile::kLongest), model);
 }
 
-/// A component that is decoded to one pixel for each block shows its first coefficients only.
+/// Of blocks that become one pixel only the mean shows. Beside them chroma is decoded to two by two where it is stored
+/// at half the sides; the last bits of its differences are below what a pixel of the thumbnail resolves.
+jpeg::Detail JPEGDecoder::detailOf(const jpeg_component_info& component) const {
+  if (component.DCT_scaled_size == 1) return jpeg::Detail::Means;
+  const bool isBesideMeans = component.DCT_scaled_size == 2 && info_.min_DCT_scaled_size == 1;
+  return isBesideMeans ? jpeg::Detail::Coarse : jpeg::Detail::Full;
+}
+
 bool JPEGDecoder::chooseScans(int lastScan) {
   if (!jpeg_has_multiple_scans(&info_)) return true;
   jpeg::ScanWishes wishes;
@@ -189,7 +197,7 @@ bool JPEGDecoder::chooseScans(int lastScan) {
   for (int i = 0; i < info_.num_components; ++i) {
     const jpeg_component_info& component = info_.comp_info[i];
     wishes.components[static_cast<std::size_t>(i)] = {static_cast<std::uint8_t>(component.component_id),
-                                                      component.DCT_scaled_size > 1};
+                                                      detailOf(component)};
   }
   const std::size_t start = file_.size() - source_.bytes_in_buffer;
   const auto plan = jpeg::planScans(file_, start, wishes);

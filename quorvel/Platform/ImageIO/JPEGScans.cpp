@@ -81,7 +81,9 @@ bool isWanted(ImageBytes file, const Marker& scan, const ScanWishes& wishes) {
   if (size != 6 || body[0] != 1 || body[3] == 0) return true;
   const auto found = std::find_if(wishes.components.begin(), wishes.components.end(),
                                   [&](const auto& component) { return component.identifier == body[1]; });
-  return found == wishes.components.end() || found->wantsDetail;
+  if (found == wishes.components.end() || found->detail == Detail::Full) return true;
+  const bool isRefinement = body[5] >> 4 != 0;
+  return found->detail == Detail::Coarse && !isRefinement;
 }
 
 }  // namespace

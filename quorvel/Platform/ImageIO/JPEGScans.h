@@ -20,12 +20,15 @@ struct Range {
 /// is missing or doubled, and beyond `limit` bytes.
 [[nodiscard]] std::vector<std::uint8_t> profileOf(ImageBytes file, std::size_t limit);
 
-/// Components of a picture of several scans, and of which more is wanted than their first coefficients (the means of
-/// their blocks).
+/// How much of a component's blocks is wanted: their means, which are the first coefficients; the others without their
+/// last bits; all.
+enum class Detail : std::uint8_t { Means, Coarse, Full };
+
+/// Of the components of a picture of several scans.
 struct ScanWishes {
   struct Component {
     std::uint8_t identifier = 0;
-    bool wantsDetail = true;
+    Detail detail = Detail::Full;
   };
   std::array<Component, 4> components{};
   /// Wanted scans after whose data the picture ends.

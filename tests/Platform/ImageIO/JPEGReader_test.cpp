@@ -97,6 +97,12 @@ Difference difference(const CGBitmap& a, const CGBitmap& b) {
   return result;
 }
 
+std::size_t startOfData(const Bytes& file) {
+  const std::uint8_t kScan[] = {0xFF, 0xDA};
+  const auto found = std::search(file.begin(), file.end(), kScan, kScan + 2);
+  return static_cast<std::size_t>(found - file.begin()) + 4 + found[3] - 2;
+}
+
 struct KindRow {
   std::uint32_t channels;
   JPEGKind kind;
@@ -182,17 +188,43 @@ TEST(JPEGReader, SmallOnesAreTheMeanOfWhatTheyCover) {
 
 TEST(JPEGReader, ProgressiveShowsWhatBaselineShows) {
   const Samples picture = photograph(1600, 1200);
-  JPEGKind kind;
-  const Bytes baseline = makeJPEG(picture, kind);
-  kind.isProgressive = true;
-  const Bytes progressive = makeJPEG(picture, kind);
-  for (const double side : {50.0, 127.0, 200.0, 320.0, 700.0, 1600.0}) {
-    const PixelSize wanted = thumbnailSize({1600, 1200}, side);
-    const auto result = read(progressive, {1600, 1200}, wanted);
-    ASSERT_TRUE(result);
-    // The coefficients are the same, so that scans passed over would show.
-    EXPECT_EQ(difference(*result, *read(baseline, {1600, 1200}, wanted)).largest, 0) << side;
+  for (const int quality : {30, 75, 95}) {
+    for (const int sampling : {1, 2}) {
+      JPEGKind kind = sampled(sampling, sampling);
+      kind.quality = quality;
+      const Bytes baseline = makeJPEG(picture, kind);
+      kind.isProgressive = true;
+      const Bytes progressive = makeJPEG(picture, kind);
+      for (const double side : {50.0, 127.0, 200.0, 320.0, 700.0, 1600.0}) {
+        const PixelSize wanted = thumbnailSize({1600, 1200}, side);
+        const auto result = read(progressive, {1600, 1200}, wanted);
+        ASSERT_TRUE(result);
+        const Difference found = difference(*result, *read(baseline, {1600, 1200}, wanted));
+        // The coefficients are the same, so that scans passed over would show; only chroma at an eighth lacks its last.
+        const bool isCoarse = sampling == 2 && side <= 200;
+        EXPECT_TRUE(isCoarse || found.largest == 0) << side << " in " << quality;
+        EXPECT_LE(found.mean, 0.75) << side << " in " << quality;
+        EXPECT_LE(found.largest, 24) << side << " in " << quality;
+      }
+    }
   }
+}
+
+TEST(JPEGReader, PassesOverScansWithoutReadingThem) {
+  // What is damaged there cannot show.
+  JPEGKind kind = sampled(1, 1);
+  kind.isProgressive = true;
+  Bytes file = makeJPEG(photograph(160, 120), kind);
+  const auto small = read(file, {160, 120}, {20, 15});
+  const auto whole = read(file, {160, 120}, {160, 120});
+  std::size_t damaged = 0;
+  for (std::size_t at = startOfData(file); at + 10 < file.size(); ++at) {
+    if (file[at] != 0xFF || file[at + 1] != 0xDA || file[at + 4] != 1 || file[at + 7] == 0) continue;
+    for (std::size_t i = at + 10; i + 1 < file.size() && file[i + 1] != 0xFF; ++i, ++damaged) file[i] = 0x55;
+  }
+  ASSERT_GT(damaged, 1000U);
+  EXPECT_EQ(difference(*read(file, {160, 120}, {20, 15}), *small).largest, 0);
+  EXPECT_GT(difference(*read(file, {160, 120}, {160, 120}), *whole).largest, 10);
 }
 
 struct EighthsRow {
@@ -216,12 +248,6 @@ TEST(JPEGReader, DecodesTheSmallestThatCoversBothSides) {
   for (const auto& [picture, wanted, eighths, why] : rows) {
     EXPECT_EQ(jpeg::decodedEighths(picture, wanted), eighths) << why;
   }
-}
-
-std::size_t startOfData(const Bytes& file) {
-  const std::uint8_t kScan[] = {0xFF, 0xDA};
-  const auto found = std::search(file.begin(), file.end(), kScan, kScan + 2);
-  return static_cast<std::size_t>(found - file.begin()) + 4 + found[3] - 2;
 }
 
 TEST(JPEGReader, EndedAnywhereItGivesTheRowsThatCame) {
