@@ -27,7 +27,7 @@ std::shared_ptr<CGBitmap> readPixels(ImageBytes file, const ImageFacts& facts, P
   if (std::uint64_t{facts.width} * facts.height > limits::kImagePixels) return nullptr;
   switch (facts.format) {
     case ImageFormat::JPEG:
-      return readJPEG(file, facts, wanted, work);
+      return readJPEG(file, facts, wanted, jpeg::decodedEighths({facts.width, facts.height}, wanted), work);
     default:
       return nullptr;
   }

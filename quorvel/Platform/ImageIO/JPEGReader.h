@@ -6,15 +6,18 @@
 
 namespace quorvel {
 
-/// `readPixels` for JPEG: baseline and progressive of 8 bits; grey, RGB, YCbCr, CMYK, YCCK. Thumbnails are decoded at
-/// 1/8, 1/4 or 1/2 of the sides, and scans that such a size does not show are passed over. Data that end early or are
-/// damaged give grey where no pixels came. nullptr where the header does not say what `facts` do.
+/// `readPixels` for JPEG: baseline and progressive of 8 bits; grey, RGB, YCbCr, CMYK, YCCK. It is decoded at `eighths`
+/// of its sides, 1, 2, 4 or 8, before it is shrunk; scans of a progressive file that such a size does not show are
+/// passed over. Data that end early or are damaged give grey where no pixels came. nullptr where the header does not
+/// say what `facts` do, and for eighths that do not cover `wanted`.
 [[nodiscard]] std::shared_ptr<CGBitmap> readJPEG(ImageBytes file, const ImageFacts& facts, PixelSize wanted,
-                                                 const ImageWork& work);
+                                                 std::uint32_t eighths, const ImageWork& work = {});
 
 namespace jpeg {
 
-/// To how many eighths of its sides a picture is decoded before it is shrunk to `wanted`.
+/// Pictures of up to so many pixels are decoded whole before they are shrunk.
+inline constexpr std::uint64_t kSmallPicture = 1'000'000;
+/// The eighths that are good enough for `wanted`.
 [[nodiscard]] std::uint32_t decodedEighths(PixelSize picture, PixelSize wanted);
 
 }  // namespace jpeg
