@@ -83,6 +83,8 @@ class JPEGDecoder {
 
   std::optional<ColorProfile> profile_{};
   bool isCMYK_ = false;
+  /// Rows are decoded to their place.
+  bool isWhole_ = false;
   bool isInverted_ = false;
   bool lacksFirstRow_ = false;
   bool isStopped_ = false;
@@ -212,16 +214,23 @@ bool JPEGDecoder::chooseScans(int lastScan) {
 }
 
 bool JPEGDecoder::makeRoom(PixelSize wanted) {
+  const std::uint64_t resultBytes = std::uint64_t{wanted.width} * wanted.height * kPixel;
+  if (resultBytes >= limits::kImageDecodedBytes) return false;
+  info_.mem->max_memory_to_use = static_cast<long>(limits::kImageDecodedBytes - resultBytes);
   result_ = CGBitmap::make(wanted.width, wanted.height);
   if (!result_) return false;
   shrink_ = AreaShrink::make({info_.image_width, info_.image_height}, info_.scale_num, *result_);
+  isWhole_ = !isCMYK_ && wanted == PixelSize{info_.output_width, info_.output_height};
   const std::size_t rowBytes = std::size_t{info_.output_width} * kPixel;
   row_.reset(new (std::nothrow) std::uint8_t[rowBytes]);
   if (isCMYK_) inks_.reset(new (std::nothrow) std::uint8_t[rowBytes]);
   return shrink_ && row_ && (!isCMYK_ || inks_);
 }
 
-std::uint8_t* JPEGDecoder::roomForRow() { return isCMYK_ ? inks_.get() : row_.get(); }
+std::uint8_t* JPEGDecoder::roomForRow() {
+  if (isCMYK_) return inks_.get();
+  return isWhole_ ? result_->row(info_.output_scanline) : row_.get();
+}
 
 void JPEGDecoder::takeRow(std::uint8_t* row) {
   if (isCMYK_ && profile_) {
@@ -229,7 +238,7 @@ void JPEGDecoder::takeRow(std::uint8_t* row) {
   } else if (isCMYK_) {
     convertPlainCMYKRow(row, isInverted_, row_.get(), info_.output_width);
   }
-  shrink_->addRow(row_.get());
+  if (!isWhole_) shrink_->addRow(row_.get());
 }
 
 void JPEGDecoder::readRows() {
@@ -251,7 +260,12 @@ void JPEGDecoder::readRows() {
 
 void JPEGDecoder::fillMissingRows() {
   for (std::size_t i = 0; i < std::size_t{info_.output_width} * kPixel; ++i) row_[i] = i % kPixel == 3 ? 255 : kGray;
-  for (; shrink_->rowsDone() < result_->height();) shrink_->addRow(row_.get());
+  if (isWhole_) {
+    for (std::size_t y = info_.output_scanline; y < result_->height(); ++y) {
+      std::memcpy(result_->row(y), row_.get(), result_->width() * kPixel);
+    }
+  }
+  while (!isWhole_ && shrink_->rowsDone() < result_->height()) shrink_->addRow(row_.get());
 }
 
 /// Grey and RGB are converted when they are few; means of levels are taken before, as of all other pictures.
@@ -272,9 +286,9 @@ std::shared_ptr<CGBitmap> JPEGDecoder::decode(const ImageFacts& facts, PixelSize
     if (!isStopped_ && info_.progress) failedScan_ = info_.input_scan_number;
     return nullptr;
   }
-  const bool isWhole = attempt(&JPEGDecoder::readRows);
+  const bool hasEnded = attempt(&JPEGDecoder::readRows);
   if (isStopped_ || lacksFirstRow_ || info_.output_scanline == 0) return nullptr;
-  if (!isWhole) fillMissingRows();
+  if (!hasEnded) fillMissingRows();
   convertResult();
   return std::move(result_);
 }

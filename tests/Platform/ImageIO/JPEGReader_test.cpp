@@ -371,6 +371,9 @@ TEST(JPEGReader, RefusesBombsAtOnce) {
       {withScans(2000), {64, 64}, "2,000 scans"},
       {declaring(withScans(90), 10'000, 9'999), {10'000, 9'999}, "96 scans of a large one"},
   };
+  // Both the coefficients and the result count.
+  EXPECT_FALSE(read(declaring(makeJPEG(picture, progressive), 6'000, 5'000), {6'000, 5'000}, {6'000, 5'000}));
+  EXPECT_FALSE(read(declaring(baseline, 10'000, 9'999), {10'000, 9'999}, {10'000, 9'999})) << "400 MB of pixels";
   for (const auto& [file, size, why] : rows) {
     const auto start = std::chrono::steady_clock::now();
     EXPECT_FALSE(read(file, size, {size.width / 8, size.height / 8})) << why;
