@@ -29,6 +29,10 @@ QUORVEL_WIDE inline void store(void* to, __m256i lanes) { _mm256_storeu_si256(st
 template <class Block>
 QUORVEL_WIDE inline void forBlocks(const std::uint8_t* row, std::size_t pixels, Block block) {
   std::size_t at = 0;
+  for (; pixels - at >= 2 * kBlock; at += 2 * kBlock) {
+    block(at * kPixel, row + at * kPixel);
+    block((at + kBlock) * kPixel, row + (at + kBlock) * kPixel);
+  }
   for (; pixels - at >= kBlock; at += kBlock) block(at * kPixel, row + at * kPixel);
   if (at == pixels) return;
   std::uint8_t rest[kBytes] = {};
@@ -36,13 +40,14 @@ QUORVEL_WIDE inline void forBlocks(const std::uint8_t* row, std::size_t pixels, 
   block(at * kPixel, rest);
 }
 
-/// Both sums of two pixels' channels, as words.
+/// Both sums of two pixels' channels, as words. `kPairs` is 0 or the number of pairs, known to the compiler.
+template <std::size_t kPairs>
 QUORVEL_WIDE inline __m256i weighted(const std::uint16_t* sums, const Columns& columns, std::size_t padded,
                                      std::size_t pixel) {
   const std::uint16_t* const first = sums + columns.starts[pixel] * kPixel;
   const std::uint16_t* const second = sums + columns.starts[pixel + 1] * kPixel;
   __m256i total = _mm256_setzero_si256();
-  for (std::size_t pair = 0; pair < columns.pairs; ++pair) {
+  for (std::size_t pair = 0; pair < (kPairs ? kPairs : columns.pairs); ++pair) {
     const __m128i low = _mm_loadu_si128(reinterpret_cast<const __m128i*>(first + 2 * kPixel * pair));
     const __m128i high = _mm_loadu_si128(reinterpret_cast<const __m128i*>(second + 2 * kPixel * pair));
     const __m256i weights = load(columns.weights + (pair * padded + pixel) * 4);
@@ -55,16 +60,36 @@ QUORVEL_WIDE inline __m256i means(__m256i sums, __m256 offset, __m256 reciprocal
   return _mm256_cvttps_epi32(_mm256_mul_ps(_mm256_add_ps(_mm256_cvtepi32_ps(sums), offset), reciprocal));
 }
 
+template <std::size_t kPairs>
+QUORVEL_WIDE void writeMeans(const std::uint16_t* sums, const Columns& columns, std::uint64_t divisor,
+                             std::uint8_t* to) {
+  const __m256 offset = _mm256_set1_ps(static_cast<float>(divisor / 2) + 0.5F);
+  const __m256 reciprocal = _mm256_set1_ps(1.0F / static_cast<float>(divisor));
+  const std::size_t padded = (columns.count + kBlock - 1) / kBlock * kBlock;
+  for (std::size_t pixel = 0; pixel < columns.count; pixel += kBlock) {
+    const __m256i first = means(weighted<kPairs>(sums, columns, padded, pixel), offset, reciprocal);
+    const __m256i second = means(weighted<kPairs>(sums, columns, padded, pixel + 2), offset, reciprocal);
+    const __m256i words = _mm256_packs_epi32(first, second);  // pixels 0, 2 and 1, 3
+    const __m256i bytes = _mm256_packus_epi16(words, words);
+    const __m128i pixels = _mm_unpacklo_epi32(_mm256_castsi256_si128(bytes), _mm256_extracti128_si256(bytes, 1));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(to + pixel * kPixel), pixels);
+  }
+}
+
 }  // namespace
 
 QUORVEL_WIDE void addWide(std::uint16_t* sums, const std::uint8_t* row, std::size_t pixels, std::uint32_t weight,
                           bool isFirst) {
   const __m256i factor = _mm256_set1_epi16(static_cast<short>(weight));
-  const __m256i kept = _mm256_set1_epi16(isFirst ? 0 : -1);
-  forBlocks(row, pixels, [=](std::size_t at, const std::uint8_t* block) QUORVEL_WIDE {
-    const __m256i product = _mm256_mullo_epi16(interleaved(block), factor);
-    store(sums + at, _mm256_add_epi16(_mm256_and_si256(load(sums + at), kept), product));
-  });
+  if (isFirst) {
+    forBlocks(row, pixels, [=](std::size_t at, const std::uint8_t* block) QUORVEL_WIDE {
+      store(sums + at, _mm256_mullo_epi16(interleaved(block), factor));
+    });
+  } else {
+    forBlocks(row, pixels, [=](std::size_t at, const std::uint8_t* block) QUORVEL_WIDE {
+      store(sums + at, _mm256_add_epi16(load(sums + at), _mm256_mullo_epi16(interleaved(block), factor)));
+    });
+  }
 }
 
 QUORVEL_WIDE void splitWide(std::uint16_t* sums, const std::uint8_t* row, std::size_t pixels, std::uint32_t endWeight,
@@ -104,18 +129,16 @@ QUORVEL_WIDE void narrowWide(const std::uint32_t* wide, std::size_t pixels, std:
   }
 }
 
-QUORVEL_WIDE void meansWide(const std::uint16_t* sums, const Columns& columns, std::uint64_t divisor,
-                            std::uint8_t* to) {
-  const __m256 offset = _mm256_set1_ps(static_cast<float>(divisor / 2) + 0.5F);
-  const __m256 reciprocal = _mm256_set1_ps(1.0F / static_cast<float>(divisor));
-  const std::size_t padded = (columns.count + kBlock - 1) / kBlock * kBlock;
-  for (std::size_t pixel = 0; pixel < columns.count; pixel += kBlock) {
-    const __m256i first = means(weighted(sums, columns, padded, pixel), offset, reciprocal);
-    const __m256i second = means(weighted(sums, columns, padded, pixel + 2), offset, reciprocal);
-    const __m256i words = _mm256_packs_epi32(first, second);  // pixels 0, 2 and 1, 3
-    const __m256i bytes = _mm256_packus_epi16(words, words);
-    const __m128i pixels = _mm_unpacklo_epi32(_mm256_castsi256_si128(bytes), _mm256_extracti128_si256(bytes, 1));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(to + pixel * kPixel), pixels);
+void meansWide(const std::uint16_t* sums, const Columns& columns, std::uint64_t divisor, std::uint8_t* to) {
+  switch (columns.pairs) {
+    case 1:
+      return writeMeans<1>(sums, columns, divisor, to);
+    case 2:
+      return writeMeans<2>(sums, columns, divisor, to);
+    case 3:
+      return writeMeans<3>(sums, columns, divisor, to);
+    default:
+      return writeMeans<0>(sums, columns, divisor, to);
   }
 }
 
