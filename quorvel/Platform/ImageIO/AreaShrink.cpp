@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <new>
 #include <numeric>
@@ -22,9 +23,20 @@ using area::kNarrowWhole;
 
 constexpr std::size_t kChannels = 4;
 
+struct Freed {
+  void operator()(void* memory) const { std::free(memory); }
+};
 template <class Element>
-std::unique_ptr<Element[]> zeros(std::size_t count) {
-  return std::unique_ptr<Element[]>(new (std::nothrow) Element[count]());
+using Buffer = std::unique_ptr<Element[], Freed>;
+
+/// Begins with a line of the cache, so that no vector lies across two.
+template <class Element>
+Buffer<Element> zeros(std::size_t count) {
+  constexpr std::size_t kLine = 64;
+  const std::size_t size = (count * sizeof(Element) + kLine - 1) / kLine * kLine;
+  void* const memory = std::aligned_alloc(kLine, size);
+  if (memory) std::memset(memory, 0, size);
+  return Buffer<Element>(static_cast<Element*>(memory));
 }
 
 /// Weights are signed half words, so that two pixels are weighed by one instruction.
@@ -154,14 +166,14 @@ struct AreaShrink::State {
   bool isRowEmpty = true;
 
   /// The weighted sums of the rows so far, channel by channel, as words where half words do not hold them exactly.
-  std::unique_ptr<std::uint32_t[]> words{};
+  Buffer<std::uint32_t> words{};
   /// Half words, and zeros behind them.
-  std::unique_ptr<std::uint16_t[]> sums{};
-  std::unique_ptr<std::uint16_t[]> endedSums{};
+  Buffer<std::uint16_t> sums{};
+  Buffer<std::uint16_t> endedSums{};
   /// The first pixel under each result pixel, and the weights in pairs, equally many for each.
-  std::unique_ptr<std::uint32_t[]> starts{};
-  std::unique_ptr<std::uint32_t[]> weights{};
-  std::unique_ptr<std::int32_t[]> pixelSums{};
+  Buffer<std::uint32_t> starts{};
+  Buffer<std::uint32_t> weights{};
+  Buffer<std::int32_t> pixelSums{};
   std::size_t pairs = 0;
 
   State(PixelSize picture, std::uint32_t eighths, CGBitmap& to)

@@ -26,6 +26,16 @@ constexpr std::int64_t kScannedPixels = 2'000'000'000;
 constexpr int kTries = 3;
 constexpr std::uint8_t kGray = 128;
 
+/// libjpeg-turbo writes rows that begin with a vector past the cache, where a row that is read at once is slow to
+/// reach.
+constexpr std::size_t kVector = 32;
+constexpr std::size_t kCachedStart = 8;
+
+std::uint8_t* rowInCache(std::uint8_t* memory) {
+  const std::size_t beyond = reinterpret_cast<std::uintptr_t>(memory) % kVector;
+  return memory + (kVector - beyond) % kVector + kCachedStart;
+}
+
 class JPEGDecoder {
  public:
   JPEGDecoder(ImageBytes file, const ImageWork& work) : file_(file), work_(work) {}
@@ -92,7 +102,8 @@ class JPEGDecoder {
 
   std::shared_ptr<CGBitmap> result_{};
   std::optional<AreaShrink> shrink_{};
-  std::unique_ptr<std::uint8_t[]> row_{};
+  std::unique_ptr<std::uint8_t[]> rowMemory_{};
+  std::uint8_t* row_ = nullptr;
   std::unique_ptr<std::uint8_t[]> inks_{};
 };
 
@@ -222,23 +233,24 @@ bool JPEGDecoder::makeRoom(PixelSize wanted) {
   shrink_ = AreaShrink::make({info_.image_width, info_.image_height}, info_.scale_num, *result_);
   isWhole_ = !isCMYK_ && wanted == PixelSize{info_.output_width, info_.output_height};
   const std::size_t rowBytes = std::size_t{info_.output_width} * kPixel;
-  row_.reset(new (std::nothrow) std::uint8_t[rowBytes]);
+  rowMemory_.reset(new (std::nothrow) std::uint8_t[rowBytes + kCachedStart + kVector]);
+  row_ = rowInCache(rowMemory_.get());
   if (isCMYK_) inks_.reset(new (std::nothrow) std::uint8_t[rowBytes]);
-  return shrink_ && row_ && (!isCMYK_ || inks_);
+  return shrink_ && rowMemory_ && (!isCMYK_ || inks_);
 }
 
 std::uint8_t* JPEGDecoder::roomForRow() {
   if (isCMYK_) return inks_.get();
-  return isWhole_ ? result_->row(info_.output_scanline) : row_.get();
+  return isWhole_ ? result_->row(info_.output_scanline) : row_;
 }
 
 void JPEGDecoder::takeRow(std::uint8_t* row) {
   if (isCMYK_ && profile_) {
-    profile_->convertCMYKRow(row, row_.get(), info_.output_width);
+    profile_->convertCMYKRow(row, row_, info_.output_width);
   } else if (isCMYK_) {
-    convertPlainCMYKRow(row, isInverted_, row_.get(), info_.output_width);
+    convertPlainCMYKRow(row, isInverted_, row_, info_.output_width);
   }
-  if (!isWhole_) shrink_->addRow(row_.get());
+  if (!isWhole_) shrink_->addRow(row_);
 }
 
 void JPEGDecoder::readRows() {
@@ -262,10 +274,10 @@ void JPEGDecoder::fillMissingRows() {
   for (std::size_t i = 0; i < std::size_t{info_.output_width} * kPixel; ++i) row_[i] = i % kPixel == 3 ? 255 : kGray;
   if (isWhole_) {
     for (std::size_t y = info_.output_scanline; y < result_->height(); ++y) {
-      std::memcpy(result_->row(y), row_.get(), result_->width() * kPixel);
+      std::memcpy(result_->row(y), row_, result_->width() * kPixel);
     }
   }
-  while (!isWhole_ && shrink_->rowsDone() < result_->height()) shrink_->addRow(row_.get());
+  while (!isWhole_ && shrink_->rowsDone() < result_->height()) shrink_->addRow(row_);
 }
 
 /// Grey and RGB are converted when they are few; means of levels are taken before, as of all other pictures.
