@@ -13,7 +13,7 @@ inline constexpr std::size_t kBlock = 4;
 inline constexpr std::uint32_t kNarrowWhole = 128;
 
 /// What lies under `count` result pixels: the first source pixel of each (an even one), and weights in pairs: all first
-/// pairs, then all second pairs, each four times. Entries up to the next whole block are zeros.
+/// pairs, then all second pairs. Entries up to the next whole block are zeros.
 struct Columns {
   const std::uint32_t* starts;
   const std::uint32_t* weights;

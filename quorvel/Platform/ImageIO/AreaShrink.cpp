@@ -188,8 +188,6 @@ struct AreaShrink::State {
     return std::uint64_t{columns.total} * (hasWords() ? kNarrowWhole : rows.total);
   }
   [[nodiscard]] std::size_t paddedWidth() const { return (result.width() + kBlock - 1) / kBlock * kBlock; }
-  /// Of the weights of a pair, which AVX2 wants four times.
-  [[nodiscard]] std::size_t copies() const { return isWide ? 4 : 1; }
 
   [[nodiscard]] bool prepare();
   void prepareWeights();
@@ -211,7 +209,7 @@ bool AreaShrink::State::prepare() {
   if (hasWords()) words = zeros<std::uint32_t>(count);
   if (isWide && !hasWords()) endedSums = zeros<std::uint16_t>(count);
   starts = zeros<std::uint32_t>(paddedWidth());
-  weights = zeros<std::uint32_t>(paddedWidth() * pairs * copies());
+  weights = zeros<std::uint32_t>(paddedWidth() * pairs);
   if (!isWide) pixelSums = zeros<std::int32_t>(width * kChannels);
   if (!sums || !starts || !weights || (hasWords() && !words)) return false;
   if (isWide ? !hasWords() && !endedSums : !pixelSums) return false;
@@ -225,9 +223,8 @@ void AreaShrink::State::prepareWeights() {
     if (isWide) starts[i] &= ~1U;
     for (std::uint32_t pair = 0; pair < pairs; ++pair) {
       const std::uint32_t pixel = starts[i] + 2 * pair;
-      const std::uint32_t both = columns.shared(i, pixel) | columns.shared(i, pixel + 1) << 16;
-      std::uint32_t* const to = weights.get() + (isWide ? (pair * paddedWidth() + i) * 4 : i * pairs + pair);
-      std::fill_n(to, copies(), both);
+      weights[isWide ? pair * paddedWidth() + i : i * pairs + pair] =
+          columns.shared(i, pixel) | columns.shared(i, pixel + 1) << 16;
     }
   }
 }

@@ -46,11 +46,13 @@ QUORVEL_WIDE inline __m256i weighted(const std::uint16_t* sums, const Columns& c
                                      std::size_t pixel) {
   const std::uint16_t* const first = sums + columns.starts[pixel] * kPixel;
   const std::uint16_t* const second = sums + columns.starts[pixel + 1] * kPixel;
+  const __m256i fourTimes = _mm256_setr_epi32(0, 0, 0, 0, 1, 1, 1, 1);
   __m256i total = _mm256_setzero_si256();
   for (std::size_t pair = 0; pair < (kPairs ? kPairs : columns.pairs); ++pair) {
     const __m128i low = _mm_loadu_si128(reinterpret_cast<const __m128i*>(first + 2 * kPixel * pair));
     const __m128i high = _mm_loadu_si128(reinterpret_cast<const __m128i*>(second + 2 * kPixel * pair));
-    const __m256i weights = load(columns.weights + (pair * padded + pixel) * 4);
+    const __m128i both = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(columns.weights + pair * padded + pixel));
+    const __m256i weights = _mm256_permutevar8x32_epi32(_mm256_castsi128_si256(both), fourTimes);
     total = _mm256_add_epi32(total, _mm256_madd_epi16(_mm256_set_m128i(high, low), weights));
   }
   return total;
