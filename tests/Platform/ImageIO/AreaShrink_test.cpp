@@ -151,6 +151,20 @@ TEST(AreaShrink, HalvesGoUp) {
   }
 }
 
+TEST(AreaShrink, LeavesOutWhatADecoderHasBeyondThePicture) {
+  // 13 by 5 at 4/8 are 6.5 by 2.5 of the decoder's 7 by 3 pixels: only half of the last column and row counts.
+  const auto result = CGBitmap::make(1, 1);
+  auto shrinker = AreaShrink::make({13, 5}, 4, *result);
+  ASSERT_TRUE(shrinker);
+  std::vector<std::uint8_t> row(28, 0);
+  std::fill(row.end() - 4, row.end(), std::uint8_t{255});
+  for (int y = 0; y < 2; ++y) shrinker->addRow(row.data());
+  std::fill(row.begin(), row.end(), std::uint8_t{0});
+  shrinker->addRow(row.data());
+  EXPECT_EQ(result->row(0)[0], 16) << "255 in 1 of 16.25";
+  EXPECT_FALSE(AreaShrink::make({13, 5}, 4, *CGBitmap::make(7, 1))) << "more than it covers";
+}
+
 TEST(AreaShrink, RefusesWhatIsLargerThanTheSourceAndIgnoresRowsTooMany) {
   const auto result = CGBitmap::make(4, 4);
   EXPECT_FALSE(AreaShrink::make({3, 9}, *result));

@@ -216,6 +216,16 @@ TEST(JPEGReader, ProgressiveShowsWhatBaselineShows) {
   }
 }
 
+TEST(JPEGReader, ReadsTheLastBitsOfGreyMeans) {
+  JPEGKind kind;
+  const Samples picture = test::gray(photograph(160, 120));
+  const auto baseline = readAt(1, makeJPEG(picture, kind), {160, 120}, {20, 15});
+  kind.isProgressive = true;
+  const auto progressive = readAt(1, makeJPEG(picture, kind), {160, 120}, {20, 15});
+  ASSERT_TRUE(baseline && progressive);
+  EXPECT_EQ(difference(*progressive, *baseline).largest, 0) << "its scan is of one component as those passed over are";
+}
+
 TEST(JPEGReader, PassesOverScansWithoutReadingThem) {
   // What is damaged there cannot show.
   JPEGKind kind = sampled(1, 1);
