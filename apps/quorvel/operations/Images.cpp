@@ -3,6 +3,7 @@
 
 #include <quorvel/Extensions/UIKit/NSData+ImageDetect.h>
 #include <quorvel/Extensions/UIKit/NSData+ImageFormat.h>
+#include <quorvel/Extensions/UIKit/NSURL+Image+Writing.h>
 #include <quorvel/Extensions/UIKit/NSURL+Image.h>
 #include <quorvel/Extensions/UIKit/NSURL+ImageDetect.h>
 
@@ -33,6 +34,13 @@ constexpr Operation kRows[] = {
     },
                 &imageFileDimensionSize>("NSURL(Image)", "imageFileDimensionSize", "url",
                                          "pixels of the image in a file, across and down", R"(["file:///dev/null"])")),
+    onDevice(op<[](StringView url, double largestSide) {
+      const auto parsed = NSURL::withString(url);
+      return parsed && resizeImageAtPixel(*parsed, largestSide);
+    },
+                &resizeImageAtPixel>("NSURL(Image)", "resizeImageAtPixel:", "url, largestSide",
+                                     "rewrites an image file as a JPEG no larger than so many pixels",
+                                     R"(["file:///dev/null", 100])")),
 };
 
 }  // namespace

@@ -3,6 +3,7 @@
 
 #include <quorvel/Platform/Foundation/Limits.h>
 #include <quorvel/Platform/ImageIO/ImageReader.h>
+#include <quorvel/Platform/ImageIO/JPEGReader.h>
 
 namespace quorvel {
 
@@ -25,10 +26,11 @@ std::shared_ptr<CGBitmap> readPixels(ImageBytes file, const ImageFacts& facts, P
   if (facts.width > limits::kImageSide || facts.height > limits::kImageSide) return nullptr;
   if (std::uint64_t{facts.width} * facts.height > limits::kImagePixels) return nullptr;
   switch (facts.format) {
+    case ImageFormat::JPEG:
+      return readJPEG(file, facts, wanted, jpeg::decodedEighths({facts.width, facts.height}, wanted), work);
     default:
       return nullptr;
   }
-  static_cast<void>(work);
 }
 
 }  // namespace quorvel
