@@ -3,6 +3,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include <sys/mman.h>
+
 #include <quorvel/Platform/CoreGraphics/CGImage.h>
 #include <quorvel/Platform/Foundation/Limits.h>
 
@@ -10,6 +12,9 @@ namespace quorvel {
 namespace {
 
 constexpr std::size_t kAlignment = 64;
+/// From here on memory is asked for in pages of two megabytes: to be handed thousands of small ones takes longer than
+/// to write them.
+constexpr std::size_t kLarge = std::size_t{4} * 1024 * 1024;
 constexpr std::size_t kPixel = 4;
 
 /// Both ends of a side in whole pixels, outwards, within 0 to `limit`.
@@ -27,6 +32,26 @@ struct Span {
   }
 };
 
+/// All zero; nullptr without memory. The kernel gives pages that are zero already.
+void* makePixels(std::size_t size) {
+  if (size < kLarge) {
+    void* const data = std::aligned_alloc(kAlignment, size);
+    return data ? std::memset(data, 0, size) : nullptr;
+  }
+  void* const data = ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (data == MAP_FAILED) return nullptr;
+  ::madvise(data, size, MADV_HUGEPAGE);
+  return data;
+}
+
+void freePixels(void* data, std::size_t size) {
+  if (size < kLarge) {
+    std::free(data);
+  } else {
+    ::munmap(data, size);
+  }
+}
+
 }  // namespace
 
 std::shared_ptr<CGBitmap> CGBitmap::make(std::int64_t width, std::int64_t height) {
@@ -35,13 +60,12 @@ std::shared_ptr<CGBitmap> CGBitmap::make(std::int64_t width, std::int64_t height
   const auto columns = static_cast<std::size_t>(width);
   const auto rows = static_cast<std::size_t>(height);
   const std::size_t bytesPerRow = (columns * kPixel + kAlignment - 1) / kAlignment * kAlignment;
-  void* data = std::aligned_alloc(kAlignment, bytesPerRow * rows);
+  void* const data = makePixels(bytesPerRow * rows);
   if (!data) return nullptr;
-  std::memset(data, 0, bytesPerRow * rows);
   return std::shared_ptr<CGBitmap>(new CGBitmap(columns, rows, bytesPerRow, static_cast<std::uint8_t*>(data)));
 }
 
-CGBitmap::~CGBitmap() { std::free(data_); }
+CGBitmap::~CGBitmap() { freePixels(data_, bytesPerRow_ * height_); }
 
 std::shared_ptr<CGBitmap> CGBitmap::copy() const {
   auto result = make(static_cast<std::int64_t>(width_), static_cast<std::int64_t>(height_));

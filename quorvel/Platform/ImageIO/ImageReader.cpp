@@ -2,8 +2,13 @@
 #include <cmath>
 
 #include <quorvel/Platform/Foundation/Limits.h>
+#include <quorvel/Platform/ImageIO/GIFReader.h>
+#include <quorvel/Platform/ImageIO/HEIFReader.h>
 #include <quorvel/Platform/ImageIO/ImageReader.h>
 #include <quorvel/Platform/ImageIO/JPEGReader.h>
+#include <quorvel/Platform/ImageIO/PNGReader.h>
+#include <quorvel/Platform/ImageIO/TIFFReader.h>
+#include <quorvel/Platform/ImageIO/WebPReader.h>
 
 namespace quorvel {
 
@@ -28,6 +33,18 @@ std::shared_ptr<CGBitmap> readPixels(ImageBytes file, const ImageFacts& facts, P
   switch (facts.format) {
     case ImageFormat::JPEG:
       return readJPEG(file, facts, wanted, jpeg::decodedEighths({facts.width, facts.height}, wanted), work);
+    case ImageFormat::PNG:
+    case ImageFormat::APNG:
+      return readPNG(file, facts, wanted, work);
+    case ImageFormat::GIF:
+      return readGIF(file, facts, wanted, work);
+    case ImageFormat::WebP:
+      return readWebP(file, facts, wanted, work);
+    case ImageFormat::TIFF:
+      return readTIFF(file, facts, wanted, work);
+    case ImageFormat::HEIC:
+    case ImageFormat::AVIF:
+      return readHEIF(file, facts, wanted, work);
     default:
       return nullptr;
   }

@@ -1,0 +1,14 @@
+// WebPReader: still WebP pictures, and the first frame of an animation on its canvas.
+#pragma once
+
+#include <quorvel/Platform/ImageIO/ImageReader.h>
+
+namespace quorvel {
+
+/// As `readPixels`. The decoder shrinks by itself what is packed without loss, and what is not and has no alpha to half
+/// its sides or less; there its means differ by a few levels from those of the whole picture's pixels. The rest, and an
+/// animation's frame, is decoded in full first.
+[[nodiscard]] std::shared_ptr<CGBitmap> readWebP(ImageBytes file, const ImageFacts& facts, PixelSize wanted,
+                                                 const ImageWork& work);
+
+}  // namespace quorvel

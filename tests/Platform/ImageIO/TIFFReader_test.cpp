@@ -1,0 +1,241 @@
+#include <cmath>
+#include <cstring>
+
+#include <gtest/gtest.h>
+#include <tests/support/PNGFiles.h>
+#include <tiffio.h>
+
+#include <quorvel/Platform/ImageIO/ImageReader.h>
+
+namespace quorvel {
+namespace {
+
+using test::Bytes;
+
+struct TIFFSpec {
+  std::uint16_t samples;
+  std::uint16_t bits;
+  std::uint16_t photometric;
+  /// 0: none; otherwise EXTRASAMPLE_.
+  std::uint16_t alpha;
+  std::uint16_t compression;
+  /// Rows of a strip; 0: tiles of 16 by 16.
+  std::uint32_t stripRows;
+  std::uint16_t orientation;
+  bool isSeparate;
+  const char* why;
+};
+constexpr TIFFSpec kSpecs[] = {
+    {3, 8, PHOTOMETRIC_RGB, 0, COMPRESSION_NONE, 5, ORIENTATION_TOPLEFT, false, "strips"},
+    {3, 8, PHOTOMETRIC_RGB, 0, COMPRESSION_LZW, 100, ORIENTATION_TOPLEFT, false, "one strip"},
+    {3, 8, PHOTOMETRIC_RGB, 0, COMPRESSION_ADOBE_DEFLATE, 0, ORIENTATION_TOPLEFT, false, "tiles"},
+    {3, 8, PHOTOMETRIC_RGB, 0, COMPRESSION_PACKBITS, 7, ORIENTATION_RIGHTTOP, false, "turned: as stored"},
+    {3, 8, PHOTOMETRIC_RGB, 0, COMPRESSION_NONE, 7, ORIENTATION_BOTRIGHT, false, "upside down: as stored"},
+    {3, 8, PHOTOMETRIC_RGB, 0, COMPRESSION_LZW, 9, ORIENTATION_TOPLEFT, true, "a plane for each colour"},
+    {3, 16, PHOTOMETRIC_RGB, 0, COMPRESSION_LZW, 9, ORIENTATION_TOPLEFT, false, "16 bits"},
+    {4, 8, PHOTOMETRIC_RGB, EXTRASAMPLE_ASSOCALPHA, COMPRESSION_LZW, 9, ORIENTATION_TOPLEFT, false, "alpha"},
+    {4, 8, PHOTOMETRIC_RGB, EXTRASAMPLE_UNASSALPHA, COMPRESSION_LZW, 9, ORIENTATION_TOPLEFT, false, "straight alpha"},
+    {4, 8, PHOTOMETRIC_RGB, EXTRASAMPLE_UNASSALPHA, COMPRESSION_LZW, 0, ORIENTATION_TOPLEFT, false, "the same, tiles"},
+    {1, 8, PHOTOMETRIC_MINISBLACK, 0, COMPRESSION_LZW, 3, ORIENTATION_TOPLEFT, false, "grey"},
+    {1, 8, PHOTOMETRIC_MINISWHITE, 0, COMPRESSION_NONE, 3, ORIENTATION_TOPLEFT, false, "white is 0"},
+};
+constexpr std::uint32_t kWidth = 37;
+constexpr std::uint32_t kHeight = 41;
+
+unsigned sample(const TIFFSpec& spec, std::uint32_t x, std::uint32_t y, unsigned channel) {
+  const unsigned value = (x * 5 + y * 3 * (channel + 1)) & 0xFF;
+  if (channel == 3) return 255 - value / 4;
+  return spec.alpha == EXTRASAMPLE_ASSOCALPHA ? value / 2 : value;
+}
+
+std::uint32_t expectedPixel(const TIFFSpec& spec, std::uint32_t x, std::uint32_t y) {
+  const unsigned alpha = spec.alpha ? sample(spec, x, y, 3) : 255;
+  std::uint32_t pixel = alpha << 24;
+  for (unsigned c = 0; c < 3; ++c) {
+    double value = sample(spec, x, y, spec.samples == 1 ? 0 : c);
+    if (spec.photometric == PHOTOMETRIC_MINISWHITE) value = 255 - value;
+    if (spec.alpha == EXTRASAMPLE_UNASSALPHA) value = value * alpha / 255;
+    pixel |= static_cast<std::uint32_t>(std::lround(value)) << (16 - 8 * c);
+  }
+  return pixel;
+}
+
+/// A file that grows in memory.
+struct Target {
+  Bytes bytes;
+  std::size_t offset = 0;
+
+  static tmsize_t read(thandle_t handle, void* to, tmsize_t size) {
+    auto* const target = static_cast<Target*>(handle);
+    const std::size_t count = std::min(static_cast<std::size_t>(size), target->bytes.size() - target->offset);
+    std::memcpy(to, target->bytes.data() + target->offset, count);
+    target->offset += count;
+    return static_cast<tmsize_t>(count);
+  }
+  static tmsize_t write(thandle_t handle, void* from, tmsize_t size) {
+    auto* const target = static_cast<Target*>(handle);
+    const std::size_t end = target->offset + static_cast<std::size_t>(size);
+    if (target->bytes.size() < end) target->bytes.resize(end);
+    std::memcpy(target->bytes.data() + target->offset, from, static_cast<std::size_t>(size));
+    target->offset = end;
+    return size;
+  }
+  static toff_t seek(thandle_t handle, toff_t offset, int whence) {
+    auto* const target = static_cast<Target*>(handle);
+    return target->offset = offset + (whence == SEEK_END   ? target->bytes.size()
+                                      : whence == SEEK_CUR ? target->offset
+                                                           : 0);
+  }
+  static toff_t size(thandle_t handle) { return static_cast<Target*>(handle)->bytes.size(); }
+};
+
+/// The samples of a rectangle; `plane` < 0: all of each pixel.
+Bytes block(const TIFFSpec& spec, std::uint32_t left, std::uint32_t top, std::uint32_t width, std::uint32_t height,
+            int plane) {
+  Bytes bytes;
+  for (std::uint32_t y = top; y < top + height; ++y) {
+    for (std::uint32_t x = left; x < left + width; ++x) {
+      for (unsigned c = 0; c < spec.samples; ++c) {
+        if (plane >= 0 && static_cast<int>(c) != plane) continue;
+        // Eight bits twice are the same level of 16.
+        bytes.insert(bytes.end(), spec.bits / 8U, static_cast<std::uint8_t>(sample(spec, x, y, c)));
+      }
+    }
+  }
+  return bytes;
+}
+
+void writeBlocks(TIFF* tiff, const TIFFSpec& spec) {
+  for (int plane = spec.isSeparate ? 0 : -1; plane < (spec.isSeparate ? spec.samples : 0); ++plane) {
+    const std::uint32_t high = spec.stripRows ? spec.stripRows : 16;
+    for (std::uint32_t y = 0; y < kHeight; y += high) {
+      const auto number = static_cast<std::uint16_t>(std::max(plane, 0));
+      if (spec.stripRows) {
+        Bytes bytes = block(spec, 0, y, kWidth, std::min(high, kHeight - y), plane);
+        TIFFWriteEncodedStrip(tiff, TIFFComputeStrip(tiff, y, number), bytes.data(), std::ssize(bytes));
+        continue;
+      }
+      for (std::uint32_t x = 0; x < kWidth; x += 16) {
+        Bytes bytes = block(spec, x, y, 16, 16, plane);
+        TIFFWriteEncodedTile(tiff, TIFFComputeTile(tiff, x, y, 0, number), bytes.data(), std::ssize(bytes));
+      }
+    }
+  }
+}
+
+Bytes tiffFile(const TIFFSpec& spec) {
+  Target target;
+  TIFF* const tiff = TIFFClientOpen(
+      "test", "w", &target, Target::read, Target::write, Target::seek, [](thandle_t) { return 0; }, Target::size,
+      nullptr, nullptr);
+  TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, kWidth);
+  TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, kHeight);
+  TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, spec.samples);
+  TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, spec.bits);
+  TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, spec.photometric);
+  TIFFSetField(tiff, TIFFTAG_COMPRESSION, spec.compression);
+  TIFFSetField(tiff, TIFFTAG_ORIENTATION, spec.orientation);
+  TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, spec.isSeparate ? PLANARCONFIG_SEPARATE : PLANARCONFIG_CONTIG);
+  if (spec.alpha) TIFFSetField(tiff, TIFFTAG_EXTRASAMPLES, 1, &spec.alpha);
+  if (spec.stripRows) {
+    TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, spec.stripRows);
+  } else {
+    TIFFSetField(tiff, TIFFTAG_TILEWIDTH, 16);
+    TIFFSetField(tiff, TIFFTAG_TILELENGTH, 16);
+  }
+  writeBlocks(tiff, spec);
+  TIFFClose(tiff);
+  return target.bytes;
+}
+
+std::shared_ptr<CGBitmap> read(const Bytes& file, PixelSize wanted = {kWidth, kHeight}) {
+  return readPixels(file, test::factsOf(ImageFormat::TIFF, kWidth, kHeight), wanted);
+}
+
+std::uint32_t rightRows(const CGBitmap& bitmap, const TIFFSpec& spec) {
+  for (std::uint32_t y = 0; y < kHeight; ++y) {
+    for (std::uint32_t x = 0; x < kWidth; ++x) {
+      if (test::pixelOf(bitmap, x, y) != expectedPixel(spec, x, y)) return y;
+    }
+  }
+  return kHeight;
+}
+
+TEST(TIFFReader, ReadsTheFirstPageAsItIsStored) {
+  for (const TIFFSpec& spec : kSpecs) {
+    const Bytes file = tiffFile(spec);
+    const auto bitmap = read(file);
+    ASSERT_TRUE(bitmap) << spec.why;
+    EXPECT_EQ(rightRows(*bitmap, spec), kHeight) << spec.why;
+    EXPECT_TRUE(read(file, {5, 6})) << spec.why;
+  }
+  EXPECT_FALSE(readPixels(tiffFile(kSpecs[0]), test::factsOf(ImageFormat::TIFF, kWidth, kHeight + 1), {5, 5}));
+}
+
+/// Where the strips begin, from the directory, which libtiff writes behind them.
+std::size_t lastStrip(const Bytes& file) {
+  Target target{file};
+  TIFF* const tiff = TIFFClientOpen(
+      "test", "r", &target, Target::read, Target::write, Target::seek, [](thandle_t) { return 0; }, Target::size,
+      nullptr, nullptr);
+  const std::uint64_t offset = TIFFGetStrileOffset(tiff, TIFFNumberOfStrips(tiff) - 1);
+  TIFFClose(tiff);
+  return offset;
+}
+
+TEST(TIFFReader, GivesTheStripsBeforeADamagedOne) {
+  Bytes file = tiffFile(kSpecs[6]);
+  const std::size_t offset = lastStrip(file);
+  std::fill_n(file.begin() + static_cast<std::ptrdiff_t>(offset), 8, std::uint8_t{0xFF});
+  const auto bitmap = read(file);
+  ASSERT_TRUE(bitmap);
+  EXPECT_EQ(rightRows(*bitmap, kSpecs[6]), 36U);
+  EXPECT_EQ(test::pixelOf(*bitmap, 3, 40), 0U);
+}
+
+TEST(TIFFReader, SurvivesEveryCutAndFlippedByteWithoutAWord) {
+  testing::internal::CaptureStderr();
+  for (const std::size_t which : {0U, 2U, 8U}) {
+    const Bytes file = tiffFile(kSpecs[which]);
+    for (std::size_t i = 0; i < file.size(); ++i) {
+      if (i > 64 && i + 400 < file.size() && i % 37 != 0) continue;
+      Bytes damaged = file;
+      damaged[i] ^= 0xFF;
+      (void)read(damaged, {5, 7});
+      (void)read(Bytes(file.begin(), file.begin() + static_cast<std::ptrdiff_t>(i)), {5, 7});
+    }
+  }
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+void addTag(Bytes& to, unsigned tag, unsigned type, std::uint32_t value) {
+  for (const std::uint32_t half : {tag, type, 1U, 0U, value & 0xFFFF, value >> 16}) {
+    to.push_back(static_cast<std::uint8_t>(half));
+    to.push_back(static_cast<std::uint8_t>(half >> 8));
+  }
+}
+
+/// A file of these sides with one strip of eight bytes; its only directory is followed by itself.
+Bytes declared(std::uint32_t width, std::uint32_t height) {
+  Bytes file = {'I', 'I', 42, 0, 8, 0, 0, 0, 9, 0};
+  addTag(file, TIFFTAG_IMAGEWIDTH, 4, width);
+  addTag(file, TIFFTAG_IMAGELENGTH, 4, height);
+  addTag(file, TIFFTAG_BITSPERSAMPLE, 3, 8);
+  addTag(file, TIFFTAG_COMPRESSION, 3, COMPRESSION_PACKBITS);
+  addTag(file, TIFFTAG_PHOTOMETRIC, 3, PHOTOMETRIC_MINISBLACK);
+  addTag(file, TIFFTAG_STRIPOFFSETS, 4, 8);
+  addTag(file, TIFFTAG_SAMPLESPERPIXEL, 3, 1);
+  addTag(file, TIFFTAG_ROWSPERSTRIP, 4, height);
+  addTag(file, TIFFTAG_STRIPBYTECOUNTS, 4, 8);
+  file.insert(file.end(), {8, 0, 0, 0});
+  return file;
+}
+
+TEST(TIFFReader, TakesNoMemoryForWhatAFileOnlyDeclares) {
+  for (const std::uint32_t side : {1'000U, 9'999U, 32'767U, 4'000'000'000U}) {
+    EXPECT_FALSE(readPixels(declared(side, side), test::factsOf(ImageFormat::TIFF, side, side), {10, 10})) << side;
+  }
+}
+
+}  // namespace
+}  // namespace quorvel

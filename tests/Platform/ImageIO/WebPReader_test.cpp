@@ -1,0 +1,181 @@
+#include <cmath>
+
+#include <gtest/gtest.h>
+#include <tests/support/PNGFiles.h>
+#include <webp/encode.h>
+
+#include <quorvel/Platform/ImageIO/AreaShrink.h>
+#include <quorvel/Platform/ImageIO/ImageReader.h>
+
+namespace quorvel {
+namespace {
+
+using test::Bytes;
+
+/// Straight blue, green, red, alpha: slopes with a soft border.
+Bytes picture(std::uint32_t width, std::uint32_t height, bool hasAlpha) {
+  Bytes bytes;
+  for (std::uint32_t y = 0; y < height; ++y) {
+    for (std::uint32_t x = 0; x < width; ++x) {
+      const double wave = std::sin(x * 0.11) * std::cos(y * 0.07);
+      bytes.push_back(static_cast<std::uint8_t>(120 + 100 * wave));
+      bytes.push_back(static_cast<std::uint8_t>(x * 255 / width));
+      bytes.push_back(static_cast<std::uint8_t>(y * 255 / height));
+      bytes.push_back(static_cast<std::uint8_t>(hasAlpha ? std::min(255U, (x + 2 * y) * 3) : 255));
+    }
+  }
+  return bytes;
+}
+
+Bytes webpFile(std::uint32_t width, std::uint32_t height, bool hasAlpha, bool isLossless) {
+  const Bytes pixels = picture(width, height, hasAlpha);
+  const int w = static_cast<int>(width);
+  const int h = static_cast<int>(height);
+  std::uint8_t* out = nullptr;
+  const std::size_t size = isLossless ? WebPEncodeLosslessBGRA(pixels.data(), w, h, 4 * w, &out)
+                                      : WebPEncodeBGRA(pixels.data(), w, h, 4 * w, 95, &out);
+  Bytes file(out, out + size);
+  WebPFree(out);
+  return file;
+}
+
+std::shared_ptr<CGBitmap> read(const Bytes& file, PixelSize size, PixelSize wanted) {
+  return readPixels(file, test::factsOf(ImageFormat::WebP, size.width, size.height), wanted);
+}
+
+int greatestDifference(const CGBitmap& a, const CGBitmap& b) {
+  int greatest = 0;
+  for (std::size_t y = 0; y < a.height(); ++y) {
+    for (std::size_t i = 0; i < 4 * a.width(); ++i) greatest = std::max(greatest, std::abs(a.row(y)[i] - b.row(y)[i]));
+  }
+  return greatest;
+}
+
+std::shared_ptr<CGBitmap> expectedPicture(std::uint32_t width, std::uint32_t height, bool hasAlpha) {
+  const Bytes bytes = picture(width, height, hasAlpha);
+  auto bitmap = CGBitmap::make(width, height);
+  for (std::size_t i = 0; i < std::size_t{width} * height; ++i) {
+    std::uint8_t* const to = bitmap->row(i / width) + i % width * 4;
+    for (std::size_t c = 0; c < 3; ++c) {
+      to[c] = static_cast<std::uint8_t>(std::lround(bytes[4 * i + c] * bytes[4 * i + 3] / 255.0));
+    }
+    to[3] = bytes[4 * i + 3];
+  }
+  return bitmap;
+}
+
+struct WebPRow {
+  bool hasAlpha;
+  bool isLossless;
+  int tolerance;
+  int smallTolerance;
+  const char* why;
+};
+// The decoder multiplies alpha in with an error of one level.
+constexpr WebPRow kRows[] = {
+    {false, true, 0, 1, "without loss"},
+    {true, true, 1, 2, "without loss, alpha"},
+    {false, false, 12, 4, "with loss"},
+    {true, false, 12, 1, "with loss, alpha"},
+};
+
+TEST(WebPReader, ReadsAndShrinksStillPictures) {
+  for (const auto& [hasAlpha, isLossless, tolerance, smallTolerance, why] : kRows) {
+    const Bytes file = webpFile(120, 90, hasAlpha, isLossless);
+    const auto whole = read(file, {120, 90}, {120, 90});
+    ASSERT_TRUE(whole) << why;
+    EXPECT_LE(greatestDifference(*whole, *expectedPicture(120, 90, hasAlpha)), tolerance) << why;
+    for (const PixelSize wanted : {PixelSize{60, 45}, PixelSize{119, 89}, PixelSize{31, 7}, PixelSize{1, 1}}) {
+      const auto expected = CGBitmap::make(wanted.width, wanted.height);
+      auto shrink = AreaShrink::make({120, 90}, *expected);
+      for (std::size_t y = 0; y < 90; ++y) shrink->addRow(whole->row(y));
+      const auto small = read(file, {120, 90}, wanted);
+      ASSERT_TRUE(small) << why;
+      EXPECT_LE(greatestDifference(*small, *expected), smallTolerance) << why << " " << wanted.width;
+    }
+  }
+}
+
+void addNumber(Bytes& to, std::size_t number, unsigned count) {
+  for (unsigned i = 0; i < count; ++i) to.push_back(static_cast<std::uint8_t>(number >> (8 * i)));
+}
+
+void addPart(Bytes& to, const char* name, const Bytes& bytes) {
+  to.insert(to.end(), name, name + 4);
+  addNumber(to, bytes.size(), 4);
+  to.insert(to.end(), bytes.begin(), bytes.end());
+  if (bytes.size() % 2 != 0) to.push_back(0);
+}
+
+/// An animation of two frames of 20 by 10 at (6, 4) on a canvas.
+Bytes animation(std::uint32_t width, std::uint32_t height) {
+  const Bytes still = webpFile(20, 10, true, true);
+  Bytes frame;
+  addNumber(frame, 3, 3);
+  addNumber(frame, 2, 3);
+  addNumber(frame, 19, 3);
+  addNumber(frame, 9, 3);
+  addNumber(frame, 100, 3);
+  frame.push_back(0);
+  frame.insert(frame.end(), still.begin() + 12, still.end());
+  Bytes parts = {'W', 'E', 'B', 'P'};
+  Bytes header = {0x12, 0, 0, 0};
+  addNumber(header, width - 1, 3);
+  addNumber(header, height - 1, 3);
+  addPart(parts, "VP8X", header);
+  addPart(parts, "ANIM", {1, 2, 3, 255, 0, 0});
+  addPart(parts, "ANMF", frame);
+  addPart(parts, "ANMF", frame);
+  Bytes file;
+  addPart(file, "RIFF", parts);
+  return file;
+}
+
+TEST(WebPReader, PutsTheFirstFrameOnATransparentCanvas) {
+  const Bytes file = animation(40, 30);
+  const auto bitmap = read(file, {40, 30}, {40, 30});
+  ASSERT_TRUE(bitmap);
+  const auto frame = expectedPicture(20, 10, true);
+  const auto canvas = CGBitmap::make(40, 30);
+  for (std::size_t y = 0; y < 10; ++y) std::copy_n(frame->row(y), 80, canvas->row(y + 4) + 24);
+  EXPECT_LE(greatestDifference(*bitmap, *canvas), 1);
+  EXPECT_TRUE(read(file, {40, 30}, {4, 3}));
+  EXPECT_FALSE(read(file, {41, 30}, {4, 3})) << "another canvas";
+  EXPECT_FALSE(read(animation(25, 30), {25, 30}, {4, 3})) << "the frame sticks out";
+}
+
+TEST(WebPReader, SurvivesEveryCutAndFlippedByte) {
+  for (const Bytes& file : {webpFile(20, 30, true, true), webpFile(20, 30, true, false), animation(40, 30)}) {
+    const PixelSize size = file[12 + 3] == 'X' && file[20] == 0x12 ? PixelSize{40, 30} : PixelSize{20, 30};
+    for (std::size_t i = 0; i < file.size(); ++i) {
+      Bytes damaged = file;
+      damaged[i] ^= 0xFF;
+      (void)read(damaged, size, {5, 7});
+      (void)read(damaged, size, size);
+      (void)read(Bytes(file.begin(), file.begin() + static_cast<std::ptrdiff_t>(i)), size, {5, 7});
+    }
+  }
+}
+
+TEST(WebPReader, GivesTheRowsBeforeTheEndOfAFile) {
+  for (const bool isLossless : {false, true}) {
+    const Bytes file = webpFile(200, 300, false, isLossless);
+    const auto whole = read(file, {200, 300}, {200, 300});
+    const Bytes half(file.begin(), file.begin() + static_cast<std::ptrdiff_t>(file.size() * 3 / 4));
+    const auto bitmap = read(half, {200, 300}, {200, 300});
+    ASSERT_TRUE(bitmap);
+    EXPECT_EQ(test::pixelOf(*bitmap, 100, 20), test::pixelOf(*whole, 100, 20));
+    EXPECT_EQ(test::pixelOf(*bitmap, 100, 299), 0U) << "transparent below";
+  }
+}
+
+TEST(WebPReader, TakesNoMemoryForWhatAFileOnlyDeclares) {
+  Bytes file = webpFile(20, 30, false, true);
+  // The header of what is packed without loss: 14 bits for each side less one, after its mark.
+  file[21] = file[22] = file[23] = 0xFF;
+  file[24] |= 0x0F;
+  EXPECT_FALSE(read(file, {16'384, 16'384}, {10, 10}));
+}
+
+}  // namespace
+}  // namespace quorvel
