@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include <apps/quorvel/Backup.h>
+#include <apps/quorvel/Color.h>
 #include <apps/quorvel/Help.h>
 #include <apps/quorvel/Keychain.h>
 #include <apps/quorvel/Operation.h>
@@ -20,6 +21,7 @@ const char kUsage[] =
     "  call --batch                      call an operation for each line of standard input\n"
     "  keychain doctor|list|...          look after the keychain\n"
     "  backup list DIR                   what is excluded from backups, as backup tools take it\n"
+    "  color COLOR... [--on BACKGROUND]  a colour's forms, its contrast, and a readable form of it\n"
     "  list [--family FAMILY]            all operations with their C++ signatures\n"
     "  help [NAME]                       an operation, a family or a command\n"
     "  --version                         the library's version\n";
@@ -70,11 +72,8 @@ struct CommandText {
   std::string_view name;
   const char* text;
 };
-const CommandText kCommands[] = {{"call", kCallUsage},
-                                 {"list", kListUsage},
-                                 {"help", kHelpUsage},
-                                 {"keychain", kKeychainUsage},
-                                 {"backup", kBackupUsage}};
+const CommandText kCommands[] = {{"call", kCallUsage},         {"list", kListUsage},     {"help", kHelpUsage},
+                                 {"keychain", kKeychainUsage}, {"backup", kBackupUsage}, {"color", kColorUsage}};
 
 bool isNamed(const Operation& operation, std::string_view name) {
   return operation.name == name || operation.family == name || operation.function == name ||

@@ -1,13 +1,13 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
-#include <cstdlib>
 #include <iterator>
 
 #include <apps/quorvel/Hit.h>
 #include <apps/quorvel/Reply.h>
 #include <apps/quorvel/Search.h>
 #include <apps/quorvel/SearchOptions.h>
+#include <apps/quorvel/Terminal.h>
 #include <unistd.h>
 
 #include <quorvel/Extensions/Foundation/NSDictionary+Addtion.h>
@@ -113,9 +113,7 @@ class Matcher {
 
 bool wantsColor(const SearchOptions& options) {
   if (options.color != ColorChoice::Auto) return options.color == ColorChoice::Always;
-  const char* term = std::getenv("TERM");
-  const char* noColor = std::getenv("NO_COLOR");
-  return ::isatty(STDOUT_FILENO) != 0 && !(noColor && *noColor) && !(term && std::string_view(term) == "dumb");
+  return outputTakesColor();
 }
 
 /// Writes the hits of the reply into `out` and answers how many there are.

@@ -1,6 +1,8 @@
 #include <cmath>
+#include <cstdlib>
 
 #include <apps/quorvel/Terminal.h>
+#include <unistd.h>
 
 #include <quorvel/Platform/Foundation/Unicode.h>
 
@@ -9,8 +11,9 @@ namespace {
 
 int byteOf(double component) { return static_cast<int>(std::lround(std::fmin(std::fmax(component, 0.0), 1.0) * 255)); }
 
-std::string colorSequence(const UIColor& color) {
-  return "\x1b[1;38;2;" + std::to_string(byteOf(color.red())) + ";" + std::to_string(byteOf(color.green())) + ";" +
+/// `start` is how the sequence begins: what is to take the colour.
+std::string colorSequence(std::string_view start, const UIColor& color) {
+  return std::string(start) + std::to_string(byteOf(color.red())) + ";" + std::to_string(byteOf(color.green())) + ";" +
          std::to_string(byteOf(color.blue())) + "m";
 }
 
@@ -36,6 +39,17 @@ void appendScalar(std::string& out, char32_t scalar, std::string_view indent) {
 
 }  // namespace
 
+bool outputTakesColor() {
+  const char* term = std::getenv("TERM");
+  const char* noColor = std::getenv("NO_COLOR");
+  return ::isatty(STDOUT_FILENO) != 0 && !(noColor && *noColor) && !(term && std::string_view(term) == "dumb");
+}
+
+void appendSwatch(std::string& out, const UIColor& color) {
+  out += colorSequence("\x1b[48;2;", color);
+  out += "  \x1b[0m";
+}
+
 void appendPlain(std::string& out, StringView text, std::string_view indent) {
   for (std::size_t i = 0; i < text.size();) appendScalar(out, unicode::nextScalar(text, i), indent);
 }
@@ -48,7 +62,7 @@ void appendColored(std::string& out, const NSAttributedString& text, const UICol
       appendPlain(out, piece, indent);
       continue;
     }
-    out += colorSequence(*color);
+    out += colorSequence("\x1b[1;38;2;", *color);
     appendPlain(out, piece, indent);
     out += "\x1b[0m";
   }

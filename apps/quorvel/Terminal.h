@@ -8,6 +8,12 @@
 
 namespace quorvel::command {
 
+/// True when standard output is a terminal that shows colours, and the environment's NO_COLOR does not forbid them.
+[[nodiscard]] bool outputTakesColor();
+
+/// Two columns in the colour, which counts as opaque.
+void appendSwatch(std::string& out, const UIColor& color);
+
 /// Appends the text with each control character shown as its picture (U+2400 on) or U+FFFD, so that a message cannot
 /// move the cursor or recolour the screen. Line breaks are kept and followed by `indent`.
 void appendPlain(std::string& out, StringView text, std::string_view indent);

@@ -6,6 +6,7 @@
 
 #include <apps/quorvel/Backup.h>
 #include <apps/quorvel/Call.h>
+#include <apps/quorvel/Color.h>
 #include <apps/quorvel/Help.h>
 #include <apps/quorvel/Keychain.h>
 #include <apps/quorvel/Search.h>
@@ -17,6 +18,7 @@ namespace {
 using quorvel::command::kUsage;
 using quorvel::command::runBackup;
 using quorvel::command::runCall;
+using quorvel::command::runColor;
 using quorvel::command::runHelp;
 using quorvel::command::runKeychain;
 using quorvel::command::runList;
@@ -34,10 +36,9 @@ struct Command {
 };
 
 constexpr Command kCommands[] = {
-    {"search", runSearch},     {"call", runCall},
-    {"list", runList},         {"backup", runBackup},
-    {"help", runHelp},         {"keychain", runKeychain},
-    {"--version", runVersion}, {"--help", [](Words) { return runHelp({}); }},
+    {"search", runSearch}, {"call", runCall},         {"list", runList},
+    {"backup", runBackup}, {"help", runHelp},         {"keychain", runKeychain},
+    {"color", runColor},   {"--version", runVersion}, {"--help", [](Words) { return runHelp({}); }},
 };
 
 /// `quorvel call --help` is `quorvel help call`.

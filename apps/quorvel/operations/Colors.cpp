@@ -3,13 +3,17 @@
 
 #include <quorvel/Extensions/UIKit/UIColor+ColorWithHex.h>
 #include <quorvel/Extensions/UIKit/UIColor+Common.h>
+#include <quorvel/Extensions/UIKit/UIColor+Companions.h>
 #include <quorvel/Extensions/UIKit/UIColor+Extension.h>
+#include <quorvel/Extensions/UIKit/UIColor+HSL.h>
 
 namespace quorvel::command {
 namespace {
 
 constexpr const char* kHex = "UIColor(ColorWithHex)";
 constexpr const char* kExtension = "UIColor extension";
+constexpr const char* kHSL = "UIColor(HSL)";
+constexpr const char* kText = "color text";
 
 using FromRGB = UIColor (*)(std::uint32_t);
 using FromRGBAndAlpha = UIColor (*)(std::int32_t, double);
@@ -19,6 +23,20 @@ using FromFour = UIColor (*)(float, float, float, float);
 template <auto Function>
 consteval Operation paletteRow(std::string_view name) {
   return op<Function>("UIColor.Common", name, "", "a colour of the palette");
+}
+
+Dictionary hslRecord(const UIColor& color) {
+  double hue = 0;
+  double saturation = 0;
+  double lightness = 0;
+  double alpha = 0;
+  getHue(color, &hue, &saturation, &lightness, &alpha);
+  Dictionary record;
+  record.set(u"hue", hue);
+  record.set(u"saturation", saturation);
+  record.set(u"lightness", lightness);
+  record.set(u"alpha", alpha);
+  return record;
 }
 
 Dictionary palette() {
@@ -74,6 +92,29 @@ constexpr Operation kRows[] = {
     paletteRow<&UIColor::Common::smsPurple>("smsPurple"),
     paletteRow<&UIColor::Common::greenyBlue>("greenyBlue"),
     paletteRow<&UIColor::Common::urlCopyBlue>("urlCopyBlue"),
+
+    op<&UIColorHSL::colorWithHue>(kHSL, "colorWithHue:saturation:lightness:alpha:", "hue, saturation, lightness, alpha",
+                                  "from parts of 1, the hue of a turn", "[0.25, 1, 0.5, 1]"),
+    op<[](const UIColor& color) { return hslRecord(color); }, &getHue>(
+        kHSL, "getHue:saturation:lightness:alpha:", "color", "hue, saturation, lightness and alpha as a record",
+        "[[1, 0, 0, 1]]"),
+    op<&offsetWithHue>(kHSL, "offsetWithHue:saturation:lightness:alpha:", "color, hue, saturation, lightness, alpha",
+                       "each value with its difference added", "[[1, 0, 0, 1], 0.5, 0, 0.1, 0]"),
+    op<&saturate>(kHSL, "saturate:", "color, amount", "more saturated", "[[0.6, 0.4, 0.4, 1], 0.2]"),
+    op<&desaturate>(kHSL, "desaturate:", "color, amount", "less saturated", "[[1, 0, 0, 1], 0.2]"),
+    op<&lighten>(kHSL, "lighten:", "color, amount", "lighter", "[[1, 0, 0, 1], 0.2]"),
+    op<&darken>(kHSL, "darken:", "color, amount", "darker", "[[1, 0, 0, 1], 0.2]"),
+    op<&spin>(kHSL, "spin:", "color, degrees", "with the hue turned", "[[1, 0, 0, 1], 180]"),
+    op<&clamp>(kHSL, "clamp:", "color, value", "the value limited to 0 to 1", "[[1, 0, 0, 1], 1.5]"),
+
+    op<&hexTextRGB>(kText, "hexTextRGB", "color", "#RRGGBB", "[[1, 0.5, 0, 1]]"),
+    op<&hexTextRGBA>(kText, "hexTextRGBA", "color", "#RRGGBBAA", "[[1, 0.5, 0, 1]]"),
+    op<&hexTextARGB>(kText, "hexTextARGB", "color", "#AARRGGBB", "[[1, 0.5, 0, 1]]"),
+    op<&colorFromCSS>(kText, "colorFromCSS", "text", "a colour as CSS writes it", R"x(["hsl(210 50% 40% / 0.5)"])x"),
+    op<&contrastRatio>(kText, "contrastRatio", "color, background", "contrast from 1 to 21, by WCAG 2.1",
+                       "[[0.5, 0.5, 0.5, 1], [1, 1, 1, 1]]"),
+    op<&readableOn>(kText, "readableOn", "color, background, ratio", "with the nearest lightness that has the contrast",
+                    "[[1, 0.6, 0, 1], [1, 1, 1, 1], 4.5]"),
 };
 
 }  // namespace
