@@ -101,6 +101,8 @@ vImage_Buffer vImage_Buffer::of(CGBitmap& bitmap) {
   return {bitmap.data(), bitmap.height(), bitmap.width(), bitmap.bytesPerRow()};
 }
 
+vImage_Buffer vImage_Buffer::reading(const CGBitmap& bitmap) { return of(const_cast<CGBitmap&>(bitmap)); }
+
 bool vImage_Buffer::isValid() const {
   return data != nullptr && height > 0 && width > 0 && width <= SIZE_MAX / kPixel && rowBytes >= width * kPixel;
 }

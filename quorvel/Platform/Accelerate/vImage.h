@@ -20,6 +20,8 @@ struct vImage_Buffer {
   std::size_t rowBytes = 0;
 
   [[nodiscard]] static vImage_Buffer of(CGBitmap& bitmap);
+  /// To be only a source.
+  [[nodiscard]] static vImage_Buffer reading(const CGBitmap& bitmap);
   /// At least a pixel each way, and rows that hold their pixels and do not overlap.
   [[nodiscard]] bool isValid() const;
 };

@@ -1,10 +1,13 @@
 #include <algorithm>
 #include <cmath>
+#include <cstring>
+#include <utility>
 #include <vector>
 
 #include <cairo.h>
 
 #include <quorvel/Platform/CoreGraphics/CGContext.h>
+#include <quorvel/Platform/ImageIO/AreaShrink.h>
 
 namespace quorvel {
 namespace {
@@ -35,8 +38,12 @@ cairo_operator_t operatorOf(CGBlendMode mode) {
   switch (mode) {
     case CGBlendMode::Multiply:
       return CAIRO_OPERATOR_MULTIPLY;
+    case CGBlendMode::SourceIn:
+      return CAIRO_OPERATOR_IN;
     case CGBlendMode::SourceAtop:
       return CAIRO_OPERATOR_ATOP;
+    case CGBlendMode::DestinationOver:
+      return CAIRO_OPERATOR_DEST_OVER;
     case CGBlendMode::Normal:
       break;
   }
@@ -52,6 +59,48 @@ bool isPixelExact(const cairo_matrix_t& m) {
   const bool turned = isUnit(m.xy) && isUnit(m.yx) && m.xx == 0 && m.yy == 0;
   return (straight || turned) && isWhole(m.x0) && isWhole(m.y0);
 }
+
+/// How many pixels a side of so many covers when each of them is brought to `length`; no more than it has.
+std::size_t coveredPixels(std::size_t side, double length) {
+  const double covered = static_cast<double>(side) * length;
+  if (!(covered < static_cast<double>(side))) return side;
+  const double whole = isWhole(covered) ? std::round(covered) : std::ceil(covered);
+  return std::max<std::size_t>(1, static_cast<std::size_t>(whole));
+}
+
+/// The image brought to the given size by the mean of the areas; none without memory.
+CGImage shrunk(const CGImage& image, std::size_t width, std::size_t height) {
+  auto result = CGBitmap::make(static_cast<std::int64_t>(width), static_cast<std::int64_t>(height));
+  if (!result) return {};
+  const PixelSize size{static_cast<std::uint32_t>(image.width()), static_cast<std::uint32_t>(image.height())};
+  auto shrink = AreaShrink::make(size, *result);
+  if (!shrink) return {};
+  for (std::size_t y = 0; y < image.height(); ++y) shrink->addRow(image.bitmap().row(y));
+  return CGImage(std::move(result));
+}
+
+/// An image and the way of its pixels.
+struct Placed {
+  CGImage image;
+  cairo_matrix_t toUser;
+
+  /// An image that `toDevice` makes smaller is brought near its size first: cairo's own filter looks at too few pixels.
+  Placed(const CGImage& whole, const cairo_matrix_t& userToDevice, const cairo_matrix_t& toUserSpace)
+      : image(whole), toUser(toUserSpace) {
+    cairo_matrix_t toDevice;
+    cairo_matrix_multiply(&toDevice, &toUser, &userToDevice);
+    const std::size_t width = coveredPixels(image.width(), std::hypot(toDevice.xx, toDevice.yx));
+    const std::size_t height = coveredPixels(image.height(), std::hypot(toDevice.xy, toDevice.yy));
+    if (width == image.width() && height == image.height()) return;
+    CGImage small = shrunk(image, width, height);
+    if (!small.hasPixels()) return;
+    cairo_matrix_t enlarge;
+    cairo_matrix_init_scale(&enlarge, static_cast<double>(image.width()) / static_cast<double>(width),
+                            static_cast<double>(image.height()) / static_cast<double>(height));
+    cairo_matrix_multiply(&toUser, &enlarge, &toUser);
+    image = std::move(small);
+  }
+};
 
 /// From pixels of a stored image of the given size to the unit square of the upright picture.
 cairo_matrix_t placement(double width, double height, UIImageOrientation orientation) {
@@ -101,11 +150,21 @@ struct CGContext::Drawing {
     std::shared_ptr<cairo_surface_t> mask;  // alpha alone, as large as the bitmap
   };
 
+  /// What a transparency layer lies over.
+  struct Under {
+    std::shared_ptr<CGBitmap> bitmap;
+    State state;
+    std::vector<State> saved;
+    bool isBlank;
+  };
+
   std::shared_ptr<CGBitmap> bitmap;
   Surface surface;
   Canvas canvas;
   State state;
   std::vector<State> saved;
+  std::vector<Under> under;
+  bool isBlank = false;  // all pixels are still zero
 
   bool attach() {
     surface = surfaceOver(*bitmap);
@@ -123,21 +182,53 @@ struct CGContext::Drawing {
     return attach();
   }
 
+  bool beginLayer() {
+    auto layer =
+        CGBitmap::make(static_cast<std::int64_t>(bitmap->width()), static_cast<std::int64_t>(bitmap->height()));
+    if (!layer) return false;
+    cairo_surface_flush(surface.get());
+    under.push_back({std::exchange(bitmap, std::move(layer)), state, std::exchange(saved, {}), isBlank});
+    if (!attach()) return returnToUnder(), false;
+    isBlank = true;
+    state.alpha = 1;
+    state.blend = CGBlendMode::Normal;
+    state.mask = nullptr;
+    return true;
+  }
+  void returnToUnder() {
+    bitmap = std::move(under.back().bitmap);
+    state = std::move(under.back().state);
+    saved = std::move(under.back().saved);
+    isBlank = under.back().isBlank;
+    under.pop_back();
+    attach();
+  }
+  void endLayer() {
+    cairo_surface_flush(surface.get());
+    const CGImage layer(bitmap);
+    returnToUnder();
+    cairo_matrix_t toUser = state.transform;
+    if (cairo_matrix_invert(&toUser) == CAIRO_STATUS_SUCCESS) paintImage(layer, toUser);
+  }
+
   /// Calls `draw(canvas)` with the state in force; what it draws passes the mask. An error of cairo's would stop all
   /// that follows: then a new context is made.
   template <class Draw>
   void paint(Draw draw) {
     if (!own()) return;
+    // Multiplied with nothing, everything stays what it is; cairo takes ten times as long to find that out.
+    const bool isPlain = std::exchange(isBlank, false) && state.blend == CGBlendMode::Multiply;
+    const cairo_operator_t blend = operatorOf(isPlain ? CGBlendMode::Normal : state.blend);
     cairo_t* const target = canvas.get();
     cairo_save(target);
     cairo_set_matrix(target, &state.transform);
     if (state.mask) cairo_push_group(target);
-    if (!state.mask) cairo_set_operator(target, operatorOf(state.blend));
+    if (!state.mask) cairo_set_operator(target, blend);
     draw(target);
     if (state.mask) {
       cairo_pop_group_to_source(target);
       cairo_identity_matrix(target);
-      cairo_set_operator(target, operatorOf(state.blend));
+      cairo_set_operator(target, blend);
       cairo_mask_surface(target, state.mask.get(), 0, 0);
     }
     cairo_restore(target);
@@ -146,8 +237,39 @@ struct CGContext::Drawing {
   }
 
   /// Draws an image whose pixels `toUser` brings into user space.
-  void paintImage(const CGImage& image, const cairo_matrix_t& toUser) {
-    paint([&](cairo_t* target) { placeImage(target, image, toUser, state.alpha); });
+  void paintImage(const CGImage& whole, const cairo_matrix_t& toUserSpace) {
+    const auto& [image, toUser] = Placed(whole, state.transform, toUserSpace);
+    if (copyImage(image, toUser)) return;
+    paint(
+        [&image = image, &toUser = toUser, this](cairo_t* target) { placeImage(target, image, toUser, state.alpha); });
+  }
+  /// What fills empty pixels one by one is copied; false when the image is not so.
+  bool copyImage(const CGImage& image, const cairo_matrix_t& toUser) {
+    if (!isBlank || state.mask || state.alpha != 1 || state.blend != CGBlendMode::Normal) return false;
+    cairo_matrix_t m;
+    cairo_matrix_multiply(&m, &toUser, &state.transform);
+    constexpr double kFar = 1e6;
+    if (!isPixelExact(m) || m.xx < 0.5 || !(std::abs(m.x0) < kFar) || !(std::abs(m.y0) < kFar) || !own()) return false;
+    isBlank = false;
+    cairo_surface_flush(surface.get());
+    copyRows(image.bitmap(), std::lround(m.x0), std::lround(m.y0), m.yy < 0);
+    cairo_surface_mark_dirty(surface.get());
+    return true;
+  }
+  /// Puts the pixels' left edge at `left`, their top edge, or their bottom row's lower edge where they are turned
+  /// upside down, at `top`.
+  void copyRows(const CGBitmap& from, std::int64_t left, std::int64_t top, bool isUpsideDown) {
+    const std::int64_t start = std::max<std::int64_t>(left, 0);
+    const std::int64_t end = std::min<std::int64_t>(left + static_cast<std::int64_t>(from.width()),
+                                                    static_cast<std::int64_t>(bitmap->width()));
+    if (start >= end) return;
+    for (std::size_t y = 0; y < from.height(); ++y) {
+      const auto row = static_cast<std::int64_t>(y);
+      const std::int64_t place = isUpsideDown ? top - 1 - row : top + row;
+      if (place < 0 || place >= static_cast<std::int64_t>(bitmap->height())) continue;
+      std::memcpy(bitmap->row(static_cast<std::size_t>(place)) + 4 * start, from.row(y) + 4 * (start - left),
+                  static_cast<std::size_t>(4 * (end - start)));
+    }
   }
   static void placeImage(cairo_t* target, const CGImage& image, const cairo_matrix_t& toUser, double alpha) {
     const Surface pixels = surfaceOver(image.bitmap());
@@ -186,9 +308,16 @@ CGContext::~CGContext() = default;
 
 std::shared_ptr<CGContext> CGContext::make(std::int64_t width, std::int64_t height, double scale) {
   if (!(scale > 0) || !std::isfinite(scale)) return nullptr;
+  auto context = over(CGBitmap::make(width, height), scale);
+  if (context) context->drawing_->isBlank = true;
+  return context;
+}
+
+std::shared_ptr<CGContext> CGContext::over(std::shared_ptr<CGBitmap> bitmap, double scale) {
+  if (!bitmap || !(scale > 0) || !std::isfinite(scale)) return nullptr;
   auto drawing = std::make_unique<Drawing>();
-  drawing->bitmap = CGBitmap::make(width, height);
-  if (!drawing->bitmap || !drawing->attach()) return nullptr;
+  drawing->bitmap = std::move(bitmap);
+  if (!drawing->attach()) return nullptr;
   cairo_matrix_init_scale(&drawing->state.transform, scale, scale);
   return std::shared_ptr<CGContext>(new CGContext(std::move(drawing)));
 }
@@ -198,6 +327,11 @@ void CGContext::restoreGState() {
   if (drawing_->saved.empty()) return;
   drawing_->state = std::move(drawing_->saved.back());
   drawing_->saved.pop_back();
+}
+
+bool CGContext::beginTransparencyLayer() { return drawing_->beginLayer(); }
+void CGContext::endTransparencyLayer() {
+  if (!drawing_->under.empty()) drawing_->endLayer();
 }
 
 void CGContext::scaleCTM(double x, double y) { cairo_matrix_scale(&drawing_->state.transform, x, y); }
@@ -251,7 +385,8 @@ void CGContext::clipToMask(const CGRect& rectangle, const CGImage& mask) {
   const Canvas canvas(cairo_create(alpha.get()));
   cairo_set_matrix(canvas.get(), &state.transform);
   if (canPlace(rectangle, mask)) {
-    Drawing::placeImage(canvas.get(), mask, flippedPlacement(rectangle, mask), 1);
+    const Placed placed(mask, state.transform, flippedPlacement(rectangle, mask));
+    Drawing::placeImage(canvas.get(), placed.image, placed.toUser, 1);
   }
   if (state.mask) {
     cairo_reset_clip(canvas.get());
@@ -271,6 +406,7 @@ CGImage CGContext::image() {
 
 CGBitmap* CGContext::pixels() {
   if (!drawing_->own()) return nullptr;
+  drawing_->isBlank = false;
   cairo_surface_flush(drawing_->surface.get());
   cairo_surface_mark_dirty(drawing_->surface.get());
   return drawing_->bitmap.get();

@@ -7,7 +7,13 @@
 
 namespace quorvel {
 
-enum class CGBlendMode : std::uint8_t { Normal = 0, Multiply = 1, SourceAtop = 20 };
+enum class CGBlendMode : std::uint8_t {
+  Normal = 0,
+  Multiply = 1,
+  SourceIn = 18,
+  SourceAtop = 20,
+  DestinationOver = 21
+};
 
 /// How the pixels of a file lie in the upright picture; the numbers are the platform's, not those of EXIF.
 enum class UIImageOrientation : std::uint8_t {
@@ -30,6 +36,8 @@ class CGContext {
   /// A context of so many pixels whose first user unit lies at the top left and is `scale` pixels long; nullptr beyond
   /// the limits of images and for a scale that is not positive.
   [[nodiscard]] static std::shared_ptr<CGContext> make(std::int64_t width, std::int64_t height, double scale = 1);
+  /// A context over pixels that belong to nobody else; nullptr without them.
+  [[nodiscard]] static std::shared_ptr<CGContext> over(std::shared_ptr<CGBitmap> bitmap, double scale = 1);
   CGContext(const CGContext&) = delete;
   CGContext& operator=(const CGContext&) = delete;
   ~CGContext();
@@ -38,6 +46,11 @@ class CGContext {
   /// without a save does nothing.
   void saveGState();
   void restoreGState();
+  /// `CGContextBeginTransparencyLayer`, `CGContextEndTransparencyLayer`: what is drawn between them is drawn apart, and
+  /// then over what was there as one, with the alpha, blending and mask in force at the beginning. They nest, each with
+  /// a state of its own; an end without a beginning does nothing. False without memory: all then goes on as before.
+  bool beginTransparencyLayer();
+  void endTransparencyLayer();
   /// `CGContextScaleCTM`, `CGContextTranslateCTM`
   void scaleCTM(double x, double y);
   void translateCTM(double x, double y);
@@ -49,7 +62,8 @@ class CGContext {
 
   void fillRect(const CGRect& rectangle);
   /// `CGContextDrawImage`: the image's bottom row lies at the rectangle's smaller y, so that it stands upright where y
-  /// grows upwards: after scaling by (1, -1) and moving by (0, -height).
+  /// grows upwards: after scaling by (1, -1) and moving by (0, -height). Made smaller, a pixel is the mean of the area
+  /// that it covers.
   void drawImage(const CGRect& rectangle, const CGImage& image);
   /// The image upright where y grows downwards, turned as its orientation says.
   void drawUpright(const CGRect& rectangle, const CGImage& image, UIImageOrientation orientation);

@@ -17,14 +17,15 @@ constexpr std::size_t kAlignment = 64;
 constexpr std::size_t kLarge = std::size_t{4} * 1024 * 1024;
 constexpr std::size_t kPixel = 4;
 
-/// Both ends of a side in whole pixels, outwards, within 0 to `limit`.
+/// Both ends of a side in whole pixels, outwards but for what arithmetic alone adds, within 0 to `limit`.
 struct Span {
   std::size_t start = 0;
   std::size_t end = 0;
 
   Span(double origin, double length, std::size_t limit) {
-    const double low = std::floor(std::min(origin, origin + length));
-    const double high = std::ceil(std::max(origin, origin + length));
+    constexpr double kRounding = 1e-6;
+    const double low = std::floor(std::min(origin, origin + length) + kRounding);
+    const double high = std::ceil(std::max(origin, origin + length) - kRounding);
     // A comparison with NaN fails, and leaves nothing.
     if (!(low < static_cast<double>(limit)) || !(high > 0)) return;
     start = low > 0 ? static_cast<std::size_t>(low) : 0;

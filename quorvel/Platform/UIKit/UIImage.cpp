@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include <quorvel/Platform/UIKit/UIImage.h>
 #include <quorvel/Platform/UIKit/UIScreen.h>
@@ -8,7 +9,7 @@ namespace quorvel {
 namespace {
 
 // NOLINTNEXTLINE(cppcoreguidelines-avoid-non-const-global-variables): the innermost context of each thread
-thread_local UIGraphicsImageContext* currentContext = nullptr;
+thread_local CGContext* currentContext = nullptr;
 
 /// Whole pixels for a side, rounded up but for what arithmetic alone adds; 0 where there are none.
 std::int64_t pixels(double points, double scale) {
@@ -81,12 +82,16 @@ void UIImage::drawInRect(const CGRect& rectangle) const {
 UIGraphicsImageContext::UIGraphicsImageContext(const CGSize& sizeInPoints, double scale)
     : scale_(scale == 0 ? UIScreen::mainScreen().scale() : scale), outer_(currentContext) {
   context_ = CGContext::make(pixels(sizeInPoints.width, scale_), pixels(sizeInPoints.height, scale_), scale_);
-  currentContext = this;
+  currentContext = context_.get();
 }
 
 UIGraphicsImageContext::~UIGraphicsImageContext() { currentContext = outer_; }
 
-CGContext* UIGraphicsImageContext::current() { return currentContext ? currentContext->context() : nullptr; }
+CGContext* UIGraphicsImageContext::current() { return currentContext; }
+
+UIGraphicsPushedContext::UIGraphicsPushedContext(CGContext& context)
+    : outer_(std::exchange(currentContext, &context)) {}
+UIGraphicsPushedContext::~UIGraphicsPushedContext() { currentContext = outer_; }
 
 std::optional<UIImage> UIGraphicsImageContext::image() const {
   if (!context_) return std::nullopt;

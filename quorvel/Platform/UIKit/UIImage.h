@@ -5,6 +5,7 @@
 #include <optional>
 
 #include <quorvel/Platform/CoreGraphics/CGContext.h>
+#include <quorvel/Platform/Foundation/String.h>
 
 namespace quorvel {
 
@@ -17,6 +18,13 @@ class UIImage {
   /// `imageWithCGImage:scale:orientation:`. A scale that is not positive counts as 1.
   explicit UIImage(CGImage bitmap, double scale = 1, UIImageOrientation orientation = UIImageOrientation::Up)
       : bitmap_(std::move(bitmap)), scale_(scale > 0 ? scale : 1), orientation_(orientation) {}
+
+  /// `imageNamed:`: the image of that name in the main bundle's folder: NAME.png, or .jpg without one; a name that ends
+  /// in ".png", ".jpg" or ".jpeg" is looked for as it is. Of NAME, NAME@2x and NAME@3x, of scale 1, 2 and 3, it is the
+  /// one of the main screen's scale, else the next larger one, else the next smaller; one that is there but cannot be
+  /// read is passed over. Decoded images are kept for the next call, at most 64 of all threads, until
+  /// the file changes. nil when there is none, and for a name with a slash.
+  [[nodiscard]] static std::optional<UIImage> named(StringView name);
 
   /// In points, upright: the sides of the bitmap are swapped where the orientation turns it by a quarter.
   [[nodiscard]] CGSize size() const;
@@ -67,7 +75,20 @@ class UIGraphicsImageContext {
  private:
   std::shared_ptr<CGContext> context_;
   double scale_;
-  UIGraphicsImageContext* outer_;
+  CGContext* outer_;
+};
+
+/// `UIGraphicsPushContext` and `UIGraphicsPopContext` in one: a context is the current one of its thread as long as
+/// this lives.
+class UIGraphicsPushedContext {
+ public:
+  explicit UIGraphicsPushedContext(CGContext& context);
+  UIGraphicsPushedContext(const UIGraphicsPushedContext&) = delete;
+  UIGraphicsPushedContext& operator=(const UIGraphicsPushedContext&) = delete;
+  ~UIGraphicsPushedContext();
+
+ private:
+  CGContext* outer_;
 };
 
 }  // namespace quorvel

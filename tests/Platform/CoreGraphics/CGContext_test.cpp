@@ -133,5 +133,85 @@ TEST(UIGraphics, ContextsNestAndSidesRoundUp) {
   EXPECT_EQ(UIGraphicsImageContext::current(), nullptr);
 }
 
+/// Premultiplied pixels of every alpha.
+CGImage noise(std::int64_t width, std::int64_t height) {
+  auto bitmap = CGBitmap::make(width, height);
+  std::uint32_t state = 11;
+  const auto next = [&state](std::uint32_t below) { return ((state = state * 1664525 + 1013904223) >> 8) % below; };
+  for (std::size_t y = 0; y < bitmap->height(); ++y) {
+    for (std::size_t x = 0; x < bitmap->width(); ++x) {
+      std::uint8_t* const pixel = bitmap->row(y) + 4 * x;
+      pixel[3] = static_cast<std::uint8_t>(next(256));
+      for (int i = 0; i < 3; ++i) pixel[i] = static_cast<std::uint8_t>(next(pixel[3] + 1U));
+    }
+  }
+  return CGImage(std::move(bitmap));
+}
+
+// Where nothing was drawn yet, pixels that fall on pixels are copied: the same bytes as composing them.
+TEST(CGContext, CopiesExactlyWhatItWouldCompose) {
+  const CGImage image = noise(7, 5);
+  for (const double x : {-9.0, -3.0, 0.0, 2.0, 11.0}) {
+    for (const double y : {-6.0, -2.0, 0.0, 4.0, 12.0}) {
+      for (const bool flips : {false, true}) {
+        CGImage results[2];
+        for (const bool isTouched : {false, true}) {
+          const auto context = CGContext::make(11, 8);
+          context->setFillColor({0, 0, 0, 0});
+          if (isTouched) context->fillRect({0, 0, 1, 1});
+          if (flips) {
+            context->scaleCTM(1, -1);
+            context->translateCTM(0, -8);
+          }
+          context->drawImage({x, y, 7, 5}, image);
+          context->drawUpright({3, 3, 7, 5}, image, UIImageOrientation::Up);
+          results[isTouched ? 1 : 0] = context->image();
+        }
+        for (std::size_t row = 0; row < 8; ++row) {
+          ASSERT_EQ(std::memcmp(results[0].bitmap().row(row), results[1].bitmap().row(row), 4 * 11), 0)
+              << x << ", " << y << (flips ? " flipped" : "") << ", row " << row;
+        }
+      }
+    }
+  }
+}
+
+TEST(CGContext, CopiesOnlyWhatItWouldDrawUnchanged) {
+  const CGImage image = places(2, 2);
+  const auto mask = CGContext::make(2, 2);
+  const auto drawn = [&image](auto prepare) {
+    const auto context = CGContext::make(2, 2);
+    prepare(*context);
+    context->drawUpright({0, 0, 2, 2}, image, UIImageOrientation::Up);
+    return pixel(context->image(), 1, 1);
+  };
+  EXPECT_EQ(drawn([](CGContext&) {}), place(1, 1));
+  EXPECT_EQ(drawn([](CGContext& c) { c.setAlpha(0); }), 0U);
+  EXPECT_EQ(drawn([](CGContext& c) { c.setBlendMode(CGBlendMode::SourceAtop); }), 0U);
+  EXPECT_EQ(drawn([&](CGContext& c) { c.clipToMask({0, 0, 2, 2}, mask->image()); }), 0U);
+  EXPECT_EQ(drawn([](CGContext& c) { c.translateCTM(0.5, 0); }) >> 24, 0xFFU) << "between two pixels: filtered";
+}
+
+TEST(CGContext, MasksAreMadeSmallerByMeansToo) {
+  auto stripes = CGBitmap::make(64, 1);
+  for (std::size_t x = 0; x < 64; x += 4) stripes->row(0)[4 * x + 3] = 0xFF;
+  const auto context = CGContext::make(2, 1);
+  context->clipToMask({0, 0, 2, 1}, CGImage(std::move(stripes)));
+  context->fillRect({0, 0, 2, 1});
+  for (const std::size_t x : {0U, 1U}) EXPECT_NEAR(pixel(context->image(), x, 0) >> 24, 64, 1);
+}
+
+// 40 pixels on 19.5, from 0.25 on: the part that each pixel covers, and the border's part of a pixel.
+TEST(CGContext, PlacesWhatIsSmallerBetweenPixels) {
+  auto white = CGBitmap::make(40, 4);
+  std::memset(white->data(), 0xFF, white->bytesPerRow() * 4);
+  const auto context = CGContext::make(21, 4);
+  context->drawUpright({0.25, 0, 19.5, 4}, CGImage(std::move(white)), UIImageOrientation::Up);
+  EXPECT_NEAR(pixel(context->image(), 0, 1) >> 24, 0.75 * 255, 2);
+  EXPECT_EQ(pixel(context->image(), 10, 1), 0xFFFFFFFF);
+  EXPECT_NEAR(pixel(context->image(), 19, 1) >> 24, 0.75 * 255, 2);
+  EXPECT_EQ(pixel(context->image(), 20, 1), 0U);
+}
+
 }  // namespace
 }  // namespace quorvel
