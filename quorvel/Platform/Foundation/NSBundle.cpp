@@ -174,6 +174,8 @@ void NSBundle::setMain(const NSBundle& bundle) {
 
 NSBundle NSBundle::at(std::string_view path) { return NSBundle(std::make_shared<Contents>(path)); }
 
+std::string_view NSBundle::path() const { return contents_->path; }
+
 String NSBundle::localizedString(StringView key, StringView value, StringView table) const {
   const std::optional<std::string> name = String(table.isEmpty() ? StringView(u"Localizable") : table).toUTF8();
   if (name && name->find_first_of(std::string_view("/\0", 2)) == std::string::npos) {

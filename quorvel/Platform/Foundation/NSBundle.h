@@ -20,6 +20,8 @@ class NSBundle {
   static void setMain(const NSBundle& bundle);
   /// A bundle over a folder; what is missing there reads as empty.
   [[nodiscard]] static NSBundle at(std::string_view path);
+  /// `bundlePath`: the folder as it was given.
+  [[nodiscard]] std::string_view path() const;
 
   /// `localizedStringForKey:value:table:`: the text of `key` in the table (nil: "Localizable"); without an entry
   /// `value`, or the key itself when `value` is nil or empty. The table in the folder of the first preferred
