@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include <apps/quorvel/Hit.h>
+#include <apps/quorvel/Progress.h>
 #include <apps/quorvel/Reply.h>
 #include <apps/quorvel/Search.h>
 #include <apps/quorvel/SearchOptions.h>
@@ -60,26 +61,6 @@ std::string requestText(const SearchOptions& options, const String& text) {
   if (base.find('?') != std::string::npos) query.front() = '&';
   return base + query + options.url.substr(fragment);
 }
-
-/// A line on the terminal that is written over as the work goes on, where standard error is one.
-class Progress {
- public:
-  void show(const char* what, double amount, const char* unit) {
-    const auto now = Clock::now();
-    if (!terminal_ || now - last_ < std::chrono::milliseconds(50)) return;
-    last_ = now;
-    shown_ = true;
-    std::fprintf(stderr, "\r\x1b[K%s %.0f %s", what, amount, unit);
-  }
-  void clear() {
-    if (std::exchange(shown_, false)) std::fputs("\r\x1b[K", stderr);
-  }
-
- private:
-  bool terminal_ = ::isatty(STDERR_FILENO) != 0;
-  bool shown_ = false;
-  Clock::time_point last_ = Clock::now();
-};
 
 /// Finds the keywords, literally or, with --typing, as they are being typed.
 class Matcher {
