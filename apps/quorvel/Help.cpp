@@ -8,6 +8,8 @@
 #include <apps/quorvel/Keychain.h>
 #include <apps/quorvel/Operation.h>
 #include <apps/quorvel/Search.h>
+#include <apps/quorvel/image/Gallery.h>
+#include <apps/quorvel/image/Image.h>
 
 #include <quorvel/Platform/Foundation/NSJSONSerialization.h>
 
@@ -22,6 +24,8 @@ const char kUsage[] =
     "  keychain doctor|list|...          look after the keychain\n"
     "  backup list DIR                   what is excluded from backups, as backup tools take it\n"
     "  color COLOR... [--on BACKGROUND]  a colour's forms, its contrast, and a readable form of it\n"
+    "  image ACTION ... FILE...          what picture files are, and pictures made of them\n"
+    "  gallery OUTPUT.png                a picture that shows what the operations on images make\n"
     "  list [--family FAMILY]            all operations with their C++ signatures\n"
     "  help [NAME]                       an operation, a family or a command\n"
     "  --version                         the library's version\n";
@@ -73,7 +77,8 @@ struct CommandText {
   const char* text;
 };
 const CommandText kCommands[] = {{"call", kCallUsage},         {"list", kListUsage},     {"help", kHelpUsage},
-                                 {"keychain", kKeychainUsage}, {"backup", kBackupUsage}, {"color", kColorUsage}};
+                                 {"keychain", kKeychainUsage}, {"backup", kBackupUsage}, {"image", kImageUsage},
+                                 {"gallery", kGalleryUsage},   {"color", kColorUsage}};
 
 bool isNamed(const Operation& operation, std::string_view name) {
   return operation.name == name || operation.family == name || operation.function == name ||

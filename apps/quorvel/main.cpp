@@ -10,6 +10,8 @@
 #include <apps/quorvel/Help.h>
 #include <apps/quorvel/Keychain.h>
 #include <apps/quorvel/Search.h>
+#include <apps/quorvel/image/Gallery.h>
+#include <apps/quorvel/image/Image.h>
 
 #include <quorvel/Version.h>
 
@@ -19,7 +21,9 @@ using quorvel::command::kUsage;
 using quorvel::command::runBackup;
 using quorvel::command::runCall;
 using quorvel::command::runColor;
+using quorvel::command::runGallery;
 using quorvel::command::runHelp;
+using quorvel::command::runImage;
 using quorvel::command::runKeychain;
 using quorvel::command::runList;
 using quorvel::command::runSearch;
@@ -36,9 +40,17 @@ struct Command {
 };
 
 constexpr Command kCommands[] = {
-    {"search", runSearch}, {"call", runCall},         {"list", runList},
-    {"backup", runBackup}, {"help", runHelp},         {"keychain", runKeychain},
-    {"color", runColor},   {"--version", runVersion}, {"--help", [](Words) { return runHelp({}); }},
+    {"search", runSearch},
+    {"call", runCall},
+    {"list", runList},
+    {"backup", runBackup},
+    {"help", runHelp},
+    {"keychain", runKeychain},
+    {"color", runColor},
+    {"image", runImage},
+    {"gallery", runGallery},
+    {"--version", runVersion},
+    {"--help", [](Words) { return runHelp({}); }},
 };
 
 /// `quorvel call --help` is `quorvel help call`.

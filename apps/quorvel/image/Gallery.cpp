@@ -155,9 +155,9 @@ void addLines(ContactSheet& sheet) {
     const ScreenScale screen(scale);
     sheet.beginRow("lines of 4 pixels on a screen of scale " + std::to_string(static_cast<int>(scale)));
     for (const auto& [name, position] : kPositions) {
-      const UIImage line = UIImageColor::linedImageWithSize({40, 40}, UIColor::Common::redColor(),
-                                                            UIColor::Common::cellSeparatorColor(), 4, position);
-      sheet.add(name, UIImage(line.bitmap()));  // pixel for pixel
+      const auto line = UIImageColor::linedImageWithSize({40, 40}, UIColor::Common::redColor(),
+                                                         UIColor::Common::cellSeparatorColor(), 4, position);
+      sheet.add(name, line ? std::optional(UIImage(line->bitmap())) : nil);  // pixel for pixel
     }
   }
 }
@@ -247,13 +247,14 @@ bool readRequest(std::span<const std::string_view> words, Request& request, std:
 
 /// The middle square of the file's picture, a tile large.
 std::optional<UIImage> pictureOf(const std::string& path) {
-  auto source = CGImageSource::CGImageSourceCreateWithURL(NSURL::fileURLWithPath(String::fromUTF8Replacing(path)));
+  auto source = sourceAt(path);
   const auto thumbnail = source ? source->thumbnail(2 * kSide) : std::nullopt;
   if (!thumbnail) return nil;
   const UIImage whole(*thumbnail);
   const double side = std::fmin(whole.size().width, whole.size().height);
   const CGRect middle{(whole.size().width - side) / 2, (whole.size().height - side) / 2, side, side};
-  return UIImageResize::imageWithImage(cropImageWithSize(whole, middle), {kSide, kSide});
+  const auto square = cropImageWithSize(whole, middle);
+  return square ? UIImageResize::imageWithImage(*square, {kSide, kSide}) : nil;
 }
 
 }  // namespace

@@ -24,8 +24,6 @@ std::string printable(std::string_view text) {
   return result;
 }
 
-NSURL locationOf(const std::string& path) { return NSURL::fileURLWithPath(String::fromUTF8Replacing(path)); }
-
 /// Why a file is no image that is read.
 std::string refusal(const std::string& path) {
   FileError error;
@@ -51,7 +49,7 @@ class Run {
 
  private:
   [[nodiscard]] bool readMask() {
-    auto source = CGImageSource::CGImageSourceCreateWithURL(locationOf(options_.mask));
+    auto source = sourceAt(options_.mask);
     const auto picture = source ? source->thumbnail(static_cast<double>(limits::kImageSide)) : std::nullopt;
     if (!picture) return fail(options_.mask, source ? "damaged or too large" : refusal(options_.mask)), false;
     mask_ = UIImage(*picture);
@@ -59,7 +57,7 @@ class Run {
   }
 
   void one(const std::string& file) {
-    auto source = CGImageSource::CGImageSourceCreateWithURL(locationOf(file));
+    auto source = sourceAt(file);
     if (!source) return fail(file, refusal(file));
     if (options_.action == ImageAction::Info) return tell(file, *source);
     if (options_.inPlace) return resizeInPlace(file);
@@ -79,9 +77,9 @@ class Run {
   }
 
   void resizeInPlace(const std::string& file) {
-    const NSURL location = locationOf(file);
-    if (!resizeImageAtPixel(location, options_.number)) return fail(file, "cannot be read or replaced");
-    auto source = CGImageSource::CGImageSourceCreateWithURL(location);
+    const auto location = NSURL::fileURLWithPath(String::fromUTF8Replacing(file));
+    if (!location || !resizeImageAtPixel(*location, options_.number)) return fail(file, "cannot be read or replaced");
+    auto source = sourceAt(file);
     if (!source) return fail(file, refusal(file));
     Dictionary record;
     const PixelSize size = source->pixelSize();

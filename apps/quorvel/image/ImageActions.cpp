@@ -42,8 +42,8 @@ std::optional<UIImage> blurred(const ImageOptions& options, const UIImage& image
 }
 
 std::optional<UIImage> cropped(const CGRect& rectangle, const UIImage& image) {
-  const UIImage part = cropImageWithSize(image, rectangle);
-  return part.bitmap().hasPixels() ? std::optional(part) : std::nullopt;
+  const auto part = cropImageWithSize(image, rectangle);
+  return part && part->bitmap().hasPixels() ? part : std::nullopt;
 }
 
 std::optional<UIImage> apply(const ImageOptions& options, const UIImage& image, const std::optional<UIImage>& mask,
@@ -118,6 +118,12 @@ MadeImage make(const ImageOptions& options, CGImageSource& source, const std::op
   if (made) return {made->bitmap(), {}};
   return {{},
           options.action == ImageAction::Crop ? "nothing of the picture lies there" : "nothing could be made of it"};
+}
+
+std::optional<CGImageSource> sourceAt(const std::string& path) {
+  const auto name = String::fromUTF8(path);
+  const auto url = name ? NSURL::fileURLWithPath(*name) : nil;
+  return url ? CGImageSource::CGImageSourceCreateWithURL(*url) : nil;
 }
 
 std::optional<Data> encoded(const CGImage& picture, OutputFormat format) {

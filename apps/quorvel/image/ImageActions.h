@@ -18,6 +18,9 @@ struct MadeImage {
 [[nodiscard]] MadeImage make(const ImageOptions& options, CGImageSource& source, const std::optional<UIImage>& mask,
                              const ImageWork& work);
 
+/// The image file at a path; nil when it is none.
+[[nodiscard]] std::optional<CGImageSource> sourceAt(const std::string& path);
+
 /// The bytes of a file of it; nil without memory.
 [[nodiscard]] std::optional<Data> encoded(const CGImage& picture, OutputFormat format);
 

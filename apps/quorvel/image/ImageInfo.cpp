@@ -17,7 +17,7 @@ constexpr const char* kFormats[] = {"unknown", "JPEG", "PNG", "APNG", "GIF", "We
 const char* formatOf(const ImageFacts& facts) { return kFormats[static_cast<std::size_t>(facts.format)]; }
 
 bool contradicts(const std::string& path, const ImageFacts& facts) {
-  return extensionContradicts(pathExtension(String::fromUTF8Replacing(path)), facts.format);
+  return extensionContradicts(paths::pathExtension(String::fromUTF8Replacing(path)), facts.format);
 }
 
 std::string bytesText(std::uint64_t bytes) {
@@ -31,7 +31,7 @@ void addLine(std::string& text, const char* name, const std::string& value) {
 std::string shown(const Value& value) {
   std::string text;
   if (const String* string = value.asString()) appendPlain(text, *string, "");
-  if (const Number* number = value.asNumber()) text = number->description().toUTF8Replacing();
+  if (const auto number = value.asNumber()) text = stringValue(*number).toUTF8Replacing();
   return text;
 }
 
