@@ -139,7 +139,7 @@ void addTransforms(ContactSheet& sheet, const UIImage& picture) {
   sheet.add("resize", resizeImage(picture, {30, 20}, 2));
   sheet.add("scaled to size", UIImageResize::imageWithImage(picture, {40, 80}));
   sheet.add("scaled by half", scaledImage(picture, 0.5));
-  sheet.add("limited to 1,000 bytes", scaledImageLimitedLength(picture, 1000));
+  sheet.add("limited to 400 bytes", scaledImageLimitedLength(picture, 400));
   sheet.add("gray", convertToGrayscale(picture));
   sheet.add("alpha 0.4", imageWithAlpha(picture, 0.4));
   sheet.add("mask rendered in a tint", maskRenderedImageWithTintColor(disc(), color));
