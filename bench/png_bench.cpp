@@ -108,7 +108,7 @@ void drawScreen(CGBitmap& bitmap) {
     }
     for (std::size_t y = 0; !mine && y < 110; ++y) {
       for (std::size_t x = 0; x < 110; ++x) {
-        if (std::hypot(x - 55.0, y - 55.0) < 54) {
+        if (std::hypot(static_cast<double>(x) - 55, static_cast<double>(y) - 55) < 54) {
           fill(bitmap, 20 + x, top + y, 1, 1,
                0xFF000000 | (message * 0x123456 + static_cast<std::uint32_t>(x) * 0x10001));
         }
