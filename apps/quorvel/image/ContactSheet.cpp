@@ -8,13 +8,15 @@ namespace {
 constexpr double kPitch = ContactSheet::kTile + ContactSheet::kGap;
 
 void drawGround(CGContext& context, const CGSize& size) {
-  constexpr double kSquare = 8;
+  constexpr int kSquare = 8;
   context.setFillColor({1, 1, 1, 1});
   context.fillRect({0, 0, size.width, size.height});
   context.setFillColor({0.9, 0.9, 0.9, 1});
-  for (double y = 0; y < size.height; y += kSquare) {
-    for (double x = static_cast<int>(y / kSquare) % 2 ? kSquare : 0; x < size.width; x += 2 * kSquare) {
-      context.fillRect({x, y, kSquare, kSquare});
+  const int columns = static_cast<int>(size.width) / kSquare + 1;
+  const int rows = static_cast<int>(size.height) / kSquare + 1;
+  for (int row = 0; row < rows; ++row) {
+    for (int column = row % 2; column < columns; column += 2) {
+      context.fillRect({static_cast<double>(column * kSquare), static_cast<double>(row * kSquare), kSquare, kSquare});
     }
   }
 }
