@@ -26,11 +26,11 @@ std::optional<UIImage> blurred(const ImageOptions& options, const UIImage& image
   constexpr double kRadius = 30;
   constexpr double kSaturation = 1.8;
   if (options.isGaussian) return UIImageTools::blurWithCoreImage(image, work);
-  if (!options.hasPreset() || mask) {
+  if (options.isOwnBlur()) {
     return applyBlurWithRadius(image, options.radius.value_or(kRadius), options.color,
                                options.saturation.value_or(kSaturation), mask, work);
   }
-  switch (options.preset) {
+  switch (options.preset.value_or(BlurPreset::Light)) {
     case BlurPreset::Light:
       return applyLightEffect(image, work);
     case BlurPreset::ExtraLight:
