@@ -52,6 +52,9 @@ namespace {
 
 using enum ImageAction;
 
+/// More would be no whole number any more.
+constexpr double kLargestNumber = 0x1p53;
+
 /// What stands between the action and the files.
 enum class Operand : std::uint8_t { None, Pixels, Bytes, Color, Rectangle };
 
@@ -102,7 +105,7 @@ std::string storeOperand(ImageOptions& options, const ActionWords& action, std::
     case Operand::Pixels:
     case Operand::Bytes:
       if (!number || *number < 1) return wrong(action.name, "a number from 1 up", text);
-      options.number = std::floor(*number);
+      options.number = std::fmin(std::floor(*number), kLargestNumber);
       return {};
     case Operand::Color:
       return storeColor(options, action.name, text);
