@@ -74,7 +74,9 @@ bool isFolder(const std::string& path) {
   return fs::is_directory(path, ignored);
 }
 
-std::optional<OutputFormat> formatOfExtension(const std::string& extension) {
+/// In whatever case: cameras write .JPG.
+std::optional<OutputFormat> formatOfExtension(std::string extension) {
+  for (char& letter : extension) letter = letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + 32) : letter;
   if (extension == ".png") return OutputFormat::PNG;
   if (extension == ".jpg" || extension == ".jpeg") return OutputFormat::JPEG;
   return std::nullopt;
