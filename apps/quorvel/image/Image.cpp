@@ -18,12 +18,6 @@ namespace {
 constexpr int kIncomplete = 1;
 constexpr int kUsageError = 2;
 
-std::string printable(std::string_view text) {
-  std::string result;
-  appendPlain(result, String::fromUTF8Replacing(text), "");
-  return result;
-}
-
 /// Why a file is no image that is read.
 std::string refusal(const std::string& path) {
   FileError error;
@@ -88,7 +82,7 @@ class Run {
     record.set(u"width", std::int64_t{size.width});
     record.set(u"height", std::int64_t{size.height});
     if (options_.json) return print(record);
-    std::printf("%s  %u x %u\n", printable(file).c_str(), size.width, size.height);
+    std::printf("%s  %u x %u\n", plainText(file).c_str(), size.width, size.height);
   }
 
   void tell(const std::string& file, CGImageSource& source) {
@@ -108,7 +102,7 @@ class Run {
       return print(record);
     }
     const String size = humanReadableSize(Number(static_cast<std::int64_t>(bytes)));
-    std::printf("%s  %zu x %zu, %s\n", printable(output).c_str(), picture.width(), picture.height(),
+    std::printf("%s  %zu x %zu, %s\n", plainText(output).c_str(), picture.width(), picture.height(),
                 size.toUTF8Replacing().c_str());
   }
 
@@ -116,7 +110,7 @@ class Run {
     progress_.clear();
     status_ = kIncomplete;
     if (!options_.json) {
-      std::fprintf(stderr, "quorvel image: %s: %s\n", printable(file).c_str(), printable(reason).c_str());
+      std::fprintf(stderr, "quorvel image: %s: %s\n", plainText(file).c_str(), plainText(reason).c_str());
       return;
     }
     Dictionary record;
@@ -133,7 +127,7 @@ class Run {
 
   [[nodiscard]] ImageWork work(const std::string& file) {
     ImageWork work;
-    work.progress = [this, name = printable(file)](double done) {
+    work.progress = [this, name = plainText(file)](double done) {
       const double part = (static_cast<double>(position_) + done) / static_cast<double>(options_.files.size());
       progress_.showPart(name, part);
     };
@@ -153,7 +147,7 @@ int runImage(std::span<const std::string_view> words) {
   ImageOptions options;
   std::string error;
   if (!readImageOptions(words, options, error)) {
-    std::fprintf(stderr, "quorvel image: %s (quorvel help image)\n", error.c_str());
+    std::fprintf(stderr, "quorvel image: %s (quorvel help image)\n", plainText(error).c_str());
     return kUsageError;
   }
   return Run(options).all();
