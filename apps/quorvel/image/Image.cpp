@@ -1,4 +1,6 @@
 #include <cstdio>
+#include <filesystem>
+#include <set>
 
 #include <apps/quorvel/Operation.h>
 #include <apps/quorvel/Progress.h>
@@ -24,6 +26,13 @@ std::string refusal(const std::string& path) {
   const FileDescriptor file = files::openRegularFile(path, files::Links::Followed, &error);
   if (!file.isOpen()) return error.description().toUTF8Replacing();
   return "no image, or more than 64 MiB";
+}
+
+/// One for each file, however it is written.
+std::string wholePath(const std::string& path) {
+  std::error_code error;
+  const auto whole = std::filesystem::weakly_canonical(path, error);
+  return error ? path : whole.string();
 }
 
 /// One file after another; what went wrong with one is told and counted.
@@ -64,6 +73,7 @@ class Run {
         static_cast<double>(bytes->size()) > options_.number) {
       return fail(file, joined({"takes ", std::to_string(bytes->size()), " bytes when it cannot shrink any more"}));
     }
+    if (!made_.insert(wholePath(output.path)).second) return fail(file, output.path + " was made of another file");
     if (const std::string error = write(output.path, *bytes, options_.replaces); !error.empty()) {
       return fail(file, error);
     }
@@ -136,6 +146,7 @@ class Run {
 
   const ImageOptions& options_;
   std::optional<UIImage> mask_;
+  std::set<std::string> made_;  // a file is not replaced by another one's picture, --force or not
   Progress progress_;
   std::size_t position_ = 0;
   int status_ = 0;
