@@ -81,7 +81,9 @@ class Run {
   }
 
   void resizeInPlace(const std::string& file) {
-    const auto location = NSURL::fileURLWithPath(String::fromUTF8Replacing(file));
+    const auto name = String::fromUTF8(file);
+    if (!name) return fail(file, "only a file whose name is UTF-8 is resized in its place");
+    const auto location = NSURL::fileURLWithPath(*name);
     if (!location || !resizeImageAtPixel(*location, options_.number)) return fail(file, "cannot be read or replaced");
     auto source = sourceAt(file);
     if (!source) return fail(file, refusal(file));
