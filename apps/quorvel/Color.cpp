@@ -71,12 +71,6 @@ std::optional<UIColor> colorNamed(std::string_view text) {
   return colorFromCSS(String::fromUTF8(text));
 }
 
-std::string printable(std::string_view text) {
-  std::string result;
-  appendPlain(result, String::fromUTF8Replacing(text), "");
-  return result;
-}
-
 struct Report {
   UIColor color;
   UIColor background;
@@ -114,7 +108,7 @@ void printLine(std::string_view text, const Report& report, bool showsColor) {
     if (showsColor) appendSwatch(line, overBackground(color, report.background)), line += ' ';
   };
   swatch(report.color);
-  line += column(printable(text), 16) + "  " + hexTextRGB(report.color).toUTF8Replacing();
+  line += column(plainText(text), 16) + "  " + hexTextRGB(report.color).toUTF8Replacing();
   line += "  RGBA " + hexTextRGBA(report.color).toUTF8Replacing();
   line += "  ARGB " + hexTextARGB(report.color).toUTF8Replacing();
   line += "  hsl " + column(joined({tenths(report.hue * 360), " ", tenths(report.saturation * 100), "% ",
@@ -149,7 +143,7 @@ void printRecord(std::string_view text, const Report& report) {
 
 void refuse(std::string_view text, bool json) {
   if (!json) {
-    std::fprintf(stderr, "quorvel color: '%s' is %s\n", printable(text).c_str(), kRefusal);
+    std::fprintf(stderr, "quorvel color: '%s' is %s\n", plainText(text).c_str(), kRefusal);
     return;
   }
   Dictionary record;
@@ -181,7 +175,7 @@ int runColor(std::span<const std::string_view> words) {
   Request request;
   if (readRequest(words, request, error)) {
     if (const auto background = colorNamed(request.background)) return show(request, *background);
-    error = joined({"the background '", printable(request.background), "' is ", kRefusal});
+    error = joined({"the background '", plainText(request.background), "' is ", kRefusal});
   }
   std::fprintf(stderr, "quorvel color: %s (quorvel help color)\n", error.c_str());
   return kUsageError;

@@ -54,6 +54,12 @@ void appendPlain(std::string& out, StringView text, std::string_view indent) {
   for (std::size_t i = 0; i < text.size();) appendScalar(out, unicode::nextScalar(text, i), indent);
 }
 
+std::string plainText(std::string_view text) {
+  std::string result;
+  appendPlain(result, String::fromUTF8Replacing(text), "");
+  return result;
+}
+
 void appendColored(std::string& out, const NSAttributedString& text, const UIColor& base, std::string_view indent) {
   for (const Span& span : text.spans()) {
     const StringView piece = StringView(text.string()).sub(span.range.location, span.range.length);

@@ -18,8 +18,11 @@ void appendSwatch(std::string& out, const UIColor& color);
 /// move the cursor or recolour the screen. Line breaks are kept and followed by `indent`.
 void appendPlain(std::string& out, StringView text, std::string_view indent);
 
-/// The same with the foreground colours of the spans. Spans in `base` take the terminal's own foreground: a text colour
-/// chosen for a white screen is hard to read on a dark one.
+/// A text from outside, such as the name of a file, to be part of a message.
+[[nodiscard]] std::string plainText(std::string_view text);
+
+/// The same as `appendPlain` with the foreground colours of the spans. Spans in `base` take the terminal's own
+/// foreground: a text colour chosen for a white screen is hard to read on a dark one.
 void appendColored(std::string& out, const NSAttributedString& text, const UIColor& base, std::string_view indent);
 
 }  // namespace quorvel::command

@@ -3,6 +3,7 @@
 #include <numbers>
 
 #include <apps/quorvel/Operation.h>
+#include <apps/quorvel/Terminal.h>
 #include <apps/quorvel/image/ContactSheet.h>
 #include <apps/quorvel/image/Gallery.h>
 #include <apps/quorvel/image/ImageActions.h>
@@ -263,12 +264,12 @@ int runGallery(std::span<const std::string_view> words) {
   Request request;
   std::string error;
   if (!readRequest(words, request, error)) {
-    std::fprintf(stderr, "quorvel gallery: %s (quorvel help gallery)\n", error.c_str());
+    std::fprintf(stderr, "quorvel gallery: %s (quorvel help gallery)\n", plainText(error).c_str());
     return kUsageError;
   }
   const auto picture = request.picture.empty() ? std::optional(landscape()) : pictureOf(request.picture);
   if (!picture) {
-    std::fprintf(stderr, "quorvel gallery: %s cannot be read as an image\n", request.picture.c_str());
+    std::fprintf(stderr, "quorvel gallery: %s cannot be read as an image\n", plainText(request.picture).c_str());
     return kIncomplete;
   }
   ContactSheet sheet;
@@ -281,7 +282,7 @@ int runGallery(std::span<const std::string_view> words) {
   const auto bytes = drawn ? encodePNG(drawn->bitmap().bitmap()) : std::nullopt;
   error = bytes ? write(request.output, *bytes, request.replaces) : "out of memory";
   if (!error.empty()) {
-    std::fprintf(stderr, "quorvel gallery: %s\n", error.c_str());
+    std::fprintf(stderr, "quorvel gallery: %s\n", plainText(error).c_str());
     return kIncomplete;
   }
   std::fputs(sheet.legend().c_str(), stdout);

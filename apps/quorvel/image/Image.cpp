@@ -1,4 +1,6 @@
 #include <cstdio>
+#include <filesystem>
+#include <set>
 
 #include <apps/quorvel/Operation.h>
 #include <apps/quorvel/Progress.h>
@@ -18,18 +20,19 @@ namespace {
 constexpr int kIncomplete = 1;
 constexpr int kUsageError = 2;
 
-std::string printable(std::string_view text) {
-  std::string result;
-  appendPlain(result, String::fromUTF8Replacing(text), "");
-  return result;
-}
-
 /// Why a file is no image that is read.
 std::string refusal(const std::string& path) {
   FileError error;
   const FileDescriptor file = files::openRegularFile(path, files::Links::Followed, &error);
   if (!file.isOpen()) return error.description().toUTF8Replacing();
   return "no image, or more than 64 MiB";
+}
+
+/// One for each file, however it is written.
+std::string wholePath(const std::string& path) {
+  std::error_code error;
+  const auto whole = std::filesystem::weakly_canonical(path, error);
+  return error ? path : whole.string();
 }
 
 /// One file after another; what went wrong with one is told and counted.
@@ -70,6 +73,7 @@ class Run {
         static_cast<double>(bytes->size()) > options_.number) {
       return fail(file, joined({"takes ", std::to_string(bytes->size()), " bytes when it cannot shrink any more"}));
     }
+    if (!made_.insert(wholePath(output.path)).second) return fail(file, output.path + " was made of another file");
     if (const std::string error = write(output.path, *bytes, options_.replaces); !error.empty()) {
       return fail(file, error);
     }
@@ -77,7 +81,9 @@ class Run {
   }
 
   void resizeInPlace(const std::string& file) {
-    const auto location = NSURL::fileURLWithPath(String::fromUTF8Replacing(file));
+    const auto name = String::fromUTF8(file);
+    if (!name) return fail(file, "only a file whose name is UTF-8 is resized in its place");
+    const auto location = NSURL::fileURLWithPath(*name);
     if (!location || !resizeImageAtPixel(*location, options_.number)) return fail(file, "cannot be read or replaced");
     auto source = sourceAt(file);
     if (!source) return fail(file, refusal(file));
@@ -88,7 +94,7 @@ class Run {
     record.set(u"width", std::int64_t{size.width});
     record.set(u"height", std::int64_t{size.height});
     if (options_.json) return print(record);
-    std::printf("%s  %u x %u\n", printable(file).c_str(), size.width, size.height);
+    std::printf("%s  %u x %u\n", plainText(file).c_str(), size.width, size.height);
   }
 
   void tell(const std::string& file, CGImageSource& source) {
@@ -108,7 +114,7 @@ class Run {
       return print(record);
     }
     const String size = humanReadableSize(Number(static_cast<std::int64_t>(bytes)));
-    std::printf("%s  %zu x %zu, %s\n", printable(output).c_str(), picture.width(), picture.height(),
+    std::printf("%s  %zu x %zu, %s\n", plainText(output).c_str(), picture.width(), picture.height(),
                 size.toUTF8Replacing().c_str());
   }
 
@@ -116,7 +122,7 @@ class Run {
     progress_.clear();
     status_ = kIncomplete;
     if (!options_.json) {
-      std::fprintf(stderr, "quorvel image: %s: %s\n", printable(file).c_str(), printable(reason).c_str());
+      std::fprintf(stderr, "quorvel image: %s: %s\n", plainText(file).c_str(), plainText(reason).c_str());
       return;
     }
     Dictionary record;
@@ -133,7 +139,7 @@ class Run {
 
   [[nodiscard]] ImageWork work(const std::string& file) {
     ImageWork work;
-    work.progress = [this, name = printable(file)](double done) {
+    work.progress = [this, name = plainText(file)](double done) {
       const double part = (static_cast<double>(position_) + done) / static_cast<double>(options_.files.size());
       progress_.showPart(name, part);
     };
@@ -142,6 +148,7 @@ class Run {
 
   const ImageOptions& options_;
   std::optional<UIImage> mask_;
+  std::set<std::string> made_;  // a file is not replaced by another one's picture, --force or not
   Progress progress_;
   std::size_t position_ = 0;
   int status_ = 0;
@@ -153,7 +160,7 @@ int runImage(std::span<const std::string_view> words) {
   ImageOptions options;
   std::string error;
   if (!readImageOptions(words, options, error)) {
-    std::fprintf(stderr, "quorvel image: %s (quorvel help image)\n", error.c_str());
+    std::fprintf(stderr, "quorvel image: %s (quorvel help image)\n", plainText(error).c_str());
     return kUsageError;
   }
   return Run(options).all();

@@ -26,11 +26,11 @@ std::optional<UIImage> blurred(const ImageOptions& options, const UIImage& image
   constexpr double kRadius = 30;
   constexpr double kSaturation = 1.8;
   if (options.isGaussian) return UIImageTools::blurWithCoreImage(image, work);
-  if (!options.hasPreset() || mask) {
+  if (options.isOwnBlur()) {
     return applyBlurWithRadius(image, options.radius.value_or(kRadius), options.color,
                                options.saturation.value_or(kSaturation), mask, work);
   }
-  switch (options.preset) {
+  switch (options.preset.value_or(BlurPreset::Light)) {
     case BlurPreset::Light:
       return applyLightEffect(image, work);
     case BlurPreset::ExtraLight:
@@ -74,7 +74,9 @@ bool isFolder(const std::string& path) {
   return fs::is_directory(path, ignored);
 }
 
-std::optional<OutputFormat> formatOfExtension(const std::string& extension) {
+/// In whatever case: cameras write .JPG.
+std::optional<OutputFormat> formatOfExtension(std::string extension) {
+  for (char& letter : extension) letter = letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + 32) : letter;
   if (extension == ".png") return OutputFormat::PNG;
   if (extension == ".jpg" || extension == ".jpeg") return OutputFormat::JPEG;
   return std::nullopt;
@@ -121,9 +123,15 @@ MadeImage make(const ImageOptions& options, CGImageSource& source, const std::op
 }
 
 std::optional<CGImageSource> sourceAt(const std::string& path) {
-  const auto name = String::fromUTF8(path);
-  const auto url = name ? NSURL::fileURLWithPath(*name) : nil;
-  return url ? CGImageSource::CGImageSourceCreateWithURL(*url) : nil;
+  if (const auto name = String::fromUTF8(path)) {
+    const auto url = NSURL::fileURLWithPath(*name);
+    return url ? CGImageSource::CGImageSourceCreateWithURL(*url) : nil;
+  }
+  // A name that is not UTF-8, as archives from elsewhere bring along, is none for a URL.
+  const auto bytes = files::readAll(files::openRegularFile(path, files::Links::Followed), limits::kImageFileBytes);
+  if (!bytes) return nil;
+  return CGImageSource::CGImageSourceCreateWithData(
+      Data({reinterpret_cast<const std::uint8_t*>(bytes->data()), bytes->size()}));
 }
 
 std::optional<Data> encoded(const CGImage& picture, OutputFormat format) {

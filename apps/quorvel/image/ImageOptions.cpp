@@ -41,7 +41,7 @@ const char kImageUsage[] =
     "  --radius POINTS   blur: without a preset (30)\n"
     "  --saturation F    blur: without a preset (1.8)\n"
     "  --wash COLOR      blur: without a preset; a colour with alpha laid over it\n"
-    "  --mask FILE       blur: only where this picture has alpha\n"
+    "  --mask FILE       blur: without a preset; only where this picture has alpha\n"
     "  --gaussian        blur: a true Gaussian of 30 pixels, washed with a little white\n"
     "  --json            one JSON object a file and line on standard output, nothing else there\n"
     "\n"
@@ -51,6 +51,9 @@ const char kImageUsage[] =
 namespace {
 
 using enum ImageAction;
+
+/// More would be no whole number any more.
+constexpr double kLargestNumber = 0x1p53;
 
 /// What stands between the action and the files.
 enum class Operand : std::uint8_t { None, Pixels, Bytes, Color, Rectangle };
@@ -102,7 +105,7 @@ std::string storeOperand(ImageOptions& options, const ActionWords& action, std::
     case Operand::Pixels:
     case Operand::Bytes:
       if (!number || *number < 1) return wrong(action.name, "a number from 1 up", text);
-      options.number = std::floor(*number);
+      options.number = std::fmin(std::floor(*number), kLargestNumber);
       return {};
     case Operand::Color:
       return storeColor(options, action.name, text);
@@ -153,7 +156,7 @@ std::string storeOption(ImageOptions& options, std::string_view name, std::strin
     return choose(kFormats, value, options.format.emplace()) ? "" : wrong(name, "png or jpeg", value);
   }
   if (name == "--preset") {
-    return choose(kPresets, value, options.preset) ? "" : wrong(name, "light, extra-light or dark", value);
+    return choose(kPresets, value, options.preset.emplace()) ? "" : wrong(name, "light, extra-light or dark", value);
   }
   if (name == "--radius") return storeNumber(options.radius, name, value);
   if (name == "--saturation") return storeNumber(options.saturation, name, value);
@@ -164,14 +167,16 @@ std::string storeOption(ImageOptions& options, std::string_view name, std::strin
 /// An error text where options do not go together, or an empty one.
 std::string conflict(const ImageOptions& options) {
   if (options.files.empty()) return "expected a file";
-  const bool isOwn = options.radius || options.saturation;
-  const bool isWashed = options.color && options.action == Blur;
-  const bool changesBlur = isOwn || options.isGaussian || !options.mask.empty();
+  const bool changesBlur =
+      options.preset || options.radius || options.saturation || options.isGaussian || !options.mask.empty();
   if (changesBlur && options.action != Blur) return joined({"options of blur do not go with ", nameOf(options.action)});
-  if (options.isGaussian && (isOwn || isWashed || !options.mask.empty())) return "--gaussian goes with no other blur";
-  if (options.inPlace && (options.action != Resize || !options.output.empty())) {
-    return "--in-place goes with resize alone, and without --output";
+  if (options.isGaussian && (options.preset || options.isOwnBlur())) return "--gaussian goes with no other blur";
+  if (options.preset && options.isOwnBlur()) return "--preset goes with no other blur";
+  const bool namesOutput = !options.output.empty() || options.format;
+  if (options.inPlace && (options.action != Resize || namesOutput)) {
+    return "--in-place goes with resize alone, and without --output and --format";
   }
+  if (options.action == Info && (namesOutput || options.replaces)) return "info writes no files";
   return {};
 }
 

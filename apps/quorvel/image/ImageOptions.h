@@ -29,13 +29,16 @@ struct ImageOptions {
   bool inPlace = false;
   bool json = false;
 
-  BlurPreset preset = BlurPreset::Light;
+  std::optional<BlurPreset> preset;
   bool isGaussian = false;
-  std::optional<double> radius;  // points; with one of these three there is no preset
+  std::optional<double> radius;  // points
   std::optional<double> saturation;
   std::string mask;  // a file
 
-  [[nodiscard]] bool hasPreset() const { return !radius && !saturation && !color; }
+  /// A blur of the user's own, with which there is no preset.
+  [[nodiscard]] bool isOwnBlur() const {
+    return action == ImageAction::Blur && (radius || saturation || color || !mask.empty());
+  }
 };
 
 extern const char kImageUsage[];
