@@ -42,8 +42,9 @@ TEST(CGImage, CutsWholePixelsWithinItsBorder) {
   ASSERT_EQ(part.width(), 4U);
   ASSERT_EQ(part.height(), 2U);
   EXPECT_EQ(pixel(part, 0, 1), place(1, 1));
-  for (const CGRect& empty : {CGRect{5, 0, 1, 1}, CGRect{0, 0, 0, 0}, CGRect{-2, 0, 2, 2}, CGRect{NAN, 0, 1, 1}}) {
-    EXPECT_FALSE(image.inRect(empty).hasPixels());
+  for (const CGRect& empty : {CGRect{5, 0, 1, 1}, CGRect{0, 0, 0, 0}, CGRect{-2, 0, 2, 2}, CGRect{NAN, 0, 1, 1},
+                              CGRect{0.5, 0, NAN, 1}, CGRect{0, 0.5, 1, NAN}}) {
+    EXPECT_FALSE(image.inRect(empty).hasPixels()) << empty.x << ", " << empty.y << ": " << empty.width;
   }
 }
 
