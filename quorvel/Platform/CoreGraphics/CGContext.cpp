@@ -60,6 +60,25 @@ bool isPixelExact(const cairo_matrix_t& m) {
   return (straight || turned) && isWhole(m.x0) && isWhole(m.y0);
 }
 
+/// A rectangle as the path, in the coordinates in force, which are not turned by less than a quarter. Far off the
+/// bitmap it is cut: cairo's coordinates wrap around at 2^23 pixels.
+void addRectangle(cairo_t* target, const CGRect& rectangle) {
+  constexpr double kLargest = 1e300;  // a greater one times 0 would be no number
+  constexpr double kFar = 1 << 20;
+  cairo_matrix_t m;
+  cairo_get_matrix(target, &m);
+  double startX = rectangle.x;
+  double startY = rectangle.y;
+  double endX = std::clamp(rectangle.x + rectangle.width, -kLargest, kLargest);
+  double endY = std::clamp(rectangle.y + rectangle.height, -kLargest, kLargest);
+  cairo_matrix_transform_point(&m, &startX, &startY);
+  cairo_matrix_transform_point(&m, &endX, &endY);
+  for (double* const end : {&startX, &startY, &endX, &endY}) *end = std::clamp(*end, -kFar, kFar);
+  cairo_identity_matrix(target);
+  cairo_rectangle(target, startX, startY, endX - startX, endY - startY);
+  cairo_set_matrix(target, &m);
+}
+
 /// How many pixels a side of so many covers when each of them is brought to `length`; no more than it has.
 std::size_t coveredPixels(std::size_t side, double length) {
   const double covered = static_cast<double>(side) * length;
@@ -280,7 +299,7 @@ struct CGContext::Drawing {
     cairo_pattern_set_extend(cairo_get_source(target), CAIRO_EXTEND_PAD);
     cairo_pattern_set_filter(cairo_get_source(target),
                              isPixelExact(toDevice) ? CAIRO_FILTER_NEAREST : CAIRO_FILTER_GOOD);
-    cairo_rectangle(target, 0, 0, static_cast<double>(image.width()), static_cast<double>(image.height()));
+    addRectangle(target, {0, 0, static_cast<double>(image.width()), static_cast<double>(image.height())});
     cairo_clip(target);
     cairo_paint_with_alpha(target, alpha);
   }
@@ -345,7 +364,7 @@ void CGContext::fillRect(const CGRect& rectangle) {
   const ColorRGBA& fill = drawing_->state.fill;
   drawing_->paint([&](cairo_t* target) {
     cairo_set_source_rgba(target, fill.red, fill.green, fill.blue, fill.alpha * drawing_->state.alpha);
-    cairo_rectangle(target, rectangle.x, rectangle.y, rectangle.width, rectangle.height);
+    addRectangle(target, rectangle);
     cairo_fill(target);
   });
 }
@@ -366,7 +385,7 @@ void CGContext::drawUpright(const CGRect& rectangle, const CGImage& image, UIIma
 void CGContext::drawTiled(const CGRect& rectangle, const CGImage& image, const CGSize& tile) {
   if (!canPlace(rectangle, image) || !(tile.width > 0) || !(tile.height > 0)) return;
   drawing_->paint([&](cairo_t* target) {
-    cairo_rectangle(target, rectangle.x, rectangle.y, rectangle.width, rectangle.height);
+    addRectangle(target, rectangle);
     cairo_clip(target);
     cairo_translate(target, rectangle.x, rectangle.y);
     cairo_scale(target, tile.width / static_cast<double>(image.width()),

@@ -119,6 +119,29 @@ TEST(CGContext, GoesOnAfterATransformationWithoutAnInverse) {
   EXPECT_EQ(pixel(context->image(), 0, 0), 0xFF000000);
 }
 
+TEST(CGContext, DrawsWhatReachesFarBeyondTheBitmap) {
+  const struct {
+    CGRect rectangle;
+    bool covers;
+    const char* why;
+  } rows[] = {{{0, 0, 9e6, 4}, true, "beyond 2^23 pixels"},
+              {{-1e9, 0, 2e9, 4}, true, "from far to far"},
+              {{-1e308, -1e308, 1e308, 1e308}, false, "up to the corner only"},
+              {{0, 0, 1e308, 1e308}, true, "the largest numbers"},
+              {{1e308, 0, 1e308, 4}, false, "whose sum is infinite"},
+              {{16'777'216, 0, 4, 4}, false, "as far off as coordinates of 24 bits repeat"},
+              {{0, -16'777'216, 4, 4}, false, "the same above"},
+              {{4, 4, -1e9, -1e9}, true, "backwards"}};
+  for (const auto& [rectangle, covers, why] : rows) {
+    const auto context = CGContext::make(4, 4);
+    context->fillRect(rectangle);
+    for (const std::size_t i : {0U, 3U}) EXPECT_EQ(pixel(context->image(), i, i), covers ? 0xFF000000 : 0U) << why;
+  }
+  const auto context = CGContext::make(4, 4);
+  context->drawUpright({-5e8, -9e6, 1e9, 1e7}, places(200, 200), UIImageOrientation::Up);
+  for (const std::size_t i : {0U, 3U}) EXPECT_NEAR(pixel(context->image(), i, i) >> 8 & 0xFF, 180, 1) << "its row";
+}
+
 TEST(UIGraphics, ContextsNestAndSidesRoundUp) {
   EXPECT_EQ(UIGraphicsImageContext::current(), nullptr);
   {
