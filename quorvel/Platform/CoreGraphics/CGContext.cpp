@@ -316,6 +316,10 @@ cairo_matrix_t flippedPlacement(const CGRect& rectangle, const CGImage& image) {
   return m;
 }
 
+/// NaN is 0.
+double limited(double component) { return component > 0 ? std::min(component, 1.0) : 0.0; }
+ColorRGBA limited(const ColorRGBA& c) { return {limited(c.red), limited(c.green), limited(c.blue), limited(c.alpha)}; }
+
 bool canPlace(const CGRect& rectangle, const CGImage& image) {
   return image.hasPixels() && isFinite(rectangle) && rectangle.width > 0 && rectangle.height > 0;
 }
@@ -356,12 +360,12 @@ void CGContext::endTransparencyLayer() {
 void CGContext::scaleCTM(double x, double y) { cairo_matrix_scale(&drawing_->state.transform, x, y); }
 void CGContext::translateCTM(double x, double y) { cairo_matrix_translate(&drawing_->state.transform, x, y); }
 void CGContext::setBlendMode(CGBlendMode mode) { drawing_->state.blend = mode; }
-void CGContext::setAlpha(double alpha) { drawing_->state.alpha = alpha > 0 ? std::min(alpha, 1.0) : 0; }
+void CGContext::setAlpha(double alpha) { drawing_->state.alpha = limited(alpha); }
 void CGContext::setFillColor(const ColorRGBA& color) { drawing_->state.fill = color; }
 
 void CGContext::fillRect(const CGRect& rectangle) {
   if (!isFinite(rectangle)) return;
-  const ColorRGBA& fill = drawing_->state.fill;
+  const ColorRGBA fill = limited(drawing_->state.fill);
   drawing_->paint([&](cairo_t* target) {
     cairo_set_source_rgba(target, fill.red, fill.green, fill.blue, fill.alpha * drawing_->state.alpha);
     addRectangle(target, rectangle);

@@ -119,6 +119,23 @@ TEST(CGContext, GoesOnAfterATransformationWithoutAnInverse) {
   EXPECT_EQ(pixel(context->image(), 0, 0), 0xFF000000);
 }
 
+TEST(CGContext, LimitsColoursBeforeItsAlpha) {
+  const struct {
+    ColorRGBA color;
+    double alpha;
+    std::uint32_t expected;
+  } rows[] = {{{2, -1, 0, 1}, 1, 0xFFFF0000}, {{1, 1, 1, 2}, 0.5, 0x80808080}, {{1, 1, 1, INFINITY}, 0.5, 0x80808080},
+              {{1, 1, 1, INFINITY}, 0, 0},    {{NAN, 1, 0, 1}, 1, 0xFF00FF00}, {{1, 1, 1, NAN}, 1, 0},
+              {{0, 0, 1, 0.5}, 7, 0x80000080}};
+  for (const auto& [color, alpha, expected] : rows) {
+    const auto context = CGContext::make(1, 1);
+    context->setAlpha(alpha);
+    context->setFillColor(color);
+    context->fillRect({0, 0, 1, 1});
+    EXPECT_EQ(pixel(context->image(), 0, 0), expected) << color.red << ", " << color.alpha << " at " << alpha;
+  }
+}
+
 TEST(CGContext, DrawsWhatReachesFarBeyondTheBitmap) {
   const struct {
     CGRect rectangle;
