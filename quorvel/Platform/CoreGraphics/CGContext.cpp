@@ -324,6 +324,18 @@ bool canPlace(const CGRect& rectangle, const CGImage& image) {
   return image.hasPixels() && isFinite(rectangle) && rectangle.width > 0 && rectangle.height > 0;
 }
 
+/// A tile enlarged to what it covers of the bitmap, so that filtering does not mix one edge with the opposite one,
+/// which lies beside it; the tile itself where its sides do not come to whole pixels.
+CGImage enlargedTile(const CGImage& image, double width, double height) {
+  constexpr double kLargest = 1e5;
+  const bool isSame = width == static_cast<double>(image.width()) && height == static_cast<double>(image.height());
+  if (isSame || !isWhole(width) || !isWhole(height) || width > kLargest || height > kLargest) return image;
+  const auto context = CGContext::make(std::lround(width), std::lround(height));
+  if (!context) return image;
+  context->drawUpright({0, 0, width, height}, image, UIImageOrientation::Up);
+  return context->image();
+}
+
 }  // namespace
 
 CGContext::CGContext(std::unique_ptr<Drawing> drawing) : drawing_(std::move(drawing)) {}
@@ -388,15 +400,20 @@ void CGContext::drawUpright(const CGRect& rectangle, const CGImage& image, UIIma
 
 void CGContext::drawTiled(const CGRect& rectangle, const CGImage& image, const CGSize& tile) {
   if (!canPlace(rectangle, image) || !(tile.width > 0) || !(tile.height > 0)) return;
+  const cairo_matrix_t& toDevice = drawing_->state.transform;
+  const CGImage drawn = enlargedTile(image, tile.width * std::abs(toDevice.xx), tile.height * std::abs(toDevice.yy));
   drawing_->paint([&](cairo_t* target) {
     addRectangle(target, rectangle);
     cairo_clip(target);
     cairo_translate(target, rectangle.x, rectangle.y);
-    cairo_scale(target, tile.width / static_cast<double>(image.width()),
-                tile.height / static_cast<double>(image.height()));
-    const Surface pixels = surfaceOver(image.bitmap());
+    cairo_scale(target, tile.width / static_cast<double>(drawn.width()),
+                tile.height / static_cast<double>(drawn.height()));
+    cairo_matrix_t pixelsToDevice;
+    cairo_get_matrix(target, &pixelsToDevice);
+    const Surface pixels = surfaceOver(drawn.bitmap());
     cairo_set_source_surface(target, pixels.get(), 0, 0);
     cairo_pattern_set_extend(cairo_get_source(target), CAIRO_EXTEND_REPEAT);
+    if (isPixelExact(pixelsToDevice)) cairo_pattern_set_filter(cairo_get_source(target), CAIRO_FILTER_NEAREST);
     cairo_paint_with_alpha(target, drawing_->state.alpha);
   });
 }

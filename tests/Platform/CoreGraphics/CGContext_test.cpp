@@ -159,6 +159,30 @@ TEST(CGContext, DrawsWhatReachesFarBeyondTheBitmap) {
   for (const std::size_t i : {0U, 3U}) EXPECT_NEAR(pixel(context->image(), i, i) >> 8 & 0xFF, 180, 1) << "its row";
 }
 
+// Two columns, red and blue, within the caps; green between them.
+TEST(UIGraphics, StretchedPartsDoNotMixOppositeEdges) {
+  const auto bitmap = CGContext::make(6, 6);
+  for (const auto& [color, x] : {std::pair(ColorRGBA{1, 0, 0, 1}, 0), {{0, 0, 1, 1}, 1}, {{0, 1, 0, 1}, 2}}) {
+    bitmap->setFillColor(color);
+    bitmap->fillRect({static_cast<double>(x), 0, 6, 6});
+  }
+  const UIImage image = UIImage(bitmap->image()).resizableWithCapInsets({2, 2, 2, 2});
+  for (const double scale : {1, 2, 3}) {
+    const UIGraphicsImageContext canvas({10, 10}, scale);
+    image.drawInRect({0, 0, -5, 5});  // has no parts
+    image.drawInRect({0, 0, 10, 10});
+    const CGImage drawn = canvas.image()->bitmap();
+    const auto side = static_cast<std::size_t>(10 * scale);
+    const auto cap = static_cast<std::size_t>(2 * scale);
+    for (const std::size_t y : {std::size_t{0}, side / 2, side - 1}) {
+      EXPECT_EQ(pixel(drawn, 0, y), 0xFFFF0000) << scale << ", " << y;
+      EXPECT_EQ(pixel(drawn, cap - 1, y), 0xFF0000FF) << scale << ", " << y;
+      EXPECT_EQ(pixel(drawn, cap, y), 0xFF00FF00) << scale << ", " << y;
+      EXPECT_EQ(pixel(drawn, side - 1, y), 0xFF00FF00) << scale << ", " << y;
+    }
+  }
+}
+
 TEST(UIGraphics, ContextsNestAndSidesRoundUp) {
   EXPECT_EQ(UIGraphicsImageContext::current(), nullptr);
   {
