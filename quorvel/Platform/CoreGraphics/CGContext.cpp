@@ -60,6 +60,14 @@ bool isPixelExact(const cairo_matrix_t& m) {
   return (straight || turned) && isWhole(m.x0) && isWhole(m.y0);
 }
 
+/// Not by `cairo_get_source`: of a context in error it gives a new pattern each time, which nobody frees.
+void setSource(cairo_t* target, cairo_surface_t& pixels, cairo_extend_t extend, cairo_filter_t filter) {
+  const Pattern pattern(cairo_pattern_create_for_surface(&pixels));
+  cairo_pattern_set_extend(pattern.get(), extend);
+  cairo_pattern_set_filter(pattern.get(), filter);
+  cairo_set_source(target, pattern.get());
+}
+
 /// A rectangle as the path, in the coordinates in force, which are not turned by less than a quarter. Far off the
 /// bitmap it is cut: cairo's coordinates wrap around at 2^23 pixels.
 void addRectangle(cairo_t* target, const CGRect& rectangle) {
@@ -295,10 +303,7 @@ struct CGContext::Drawing {
     cairo_transform(target, &toUser);
     cairo_matrix_t toDevice;
     cairo_get_matrix(target, &toDevice);
-    cairo_set_source_surface(target, pixels.get(), 0, 0);
-    cairo_pattern_set_extend(cairo_get_source(target), CAIRO_EXTEND_PAD);
-    cairo_pattern_set_filter(cairo_get_source(target),
-                             isPixelExact(toDevice) ? CAIRO_FILTER_NEAREST : CAIRO_FILTER_GOOD);
+    setSource(target, *pixels, CAIRO_EXTEND_PAD, isPixelExact(toDevice) ? CAIRO_FILTER_NEAREST : CAIRO_FILTER_GOOD);
     addRectangle(target, {0, 0, static_cast<double>(image.width()), static_cast<double>(image.height())});
     cairo_clip(target);
     cairo_paint_with_alpha(target, alpha);
@@ -411,9 +416,8 @@ void CGContext::drawTiled(const CGRect& rectangle, const CGImage& image, const C
     cairo_matrix_t pixelsToDevice;
     cairo_get_matrix(target, &pixelsToDevice);
     const Surface pixels = surfaceOver(drawn.bitmap());
-    cairo_set_source_surface(target, pixels.get(), 0, 0);
-    cairo_pattern_set_extend(cairo_get_source(target), CAIRO_EXTEND_REPEAT);
-    if (isPixelExact(pixelsToDevice)) cairo_pattern_set_filter(cairo_get_source(target), CAIRO_FILTER_NEAREST);
+    setSource(target, *pixels, CAIRO_EXTEND_REPEAT,
+              isPixelExact(pixelsToDevice) ? CAIRO_FILTER_NEAREST : CAIRO_FILTER_GOOD);
     cairo_paint_with_alpha(target, drawing_->state.alpha);
   });
 }

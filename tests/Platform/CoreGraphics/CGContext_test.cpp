@@ -114,7 +114,9 @@ TEST(CGContext, GoesOnAfterATransformationWithoutAnInverse) {
   context->saveGState();
   context->scaleCTM(0, 1);
   context->fillRect({0, 0, 1, 1});
+  context->drawUpright({0, 0, 1, 1}, places(1, 1), UIImageOrientation::Up);
   context->restoreGState();
+  context->drawUpright({0, 0, 1e300, 1e300}, places(1, 1), UIImageOrientation::Up);  // no inverse in numbers
   context->fillRect({0, 0, 1, 1});
   EXPECT_EQ(pixel(context->image(), 0, 0), 0xFF000000);
 }
