@@ -136,7 +136,9 @@ class Scanner {
     constexpr std::pair<std::string_view, double> kDegrees[] = {
         {"deg", 1}, {"grad", 0.9}, {"rad", 57.295779513082320877}, {"turn", 360}};
     for (const auto& [name, degrees] : kDegrees) {
-      if (unit == name) return Component{Kind::Angle, value * degrees};
+      if (unit != name) continue;
+      const bool isFinite = std::isfinite(value * degrees);  // else as of numbers beyond their range
+      return isFinite ? std::optional(Component{Kind::Angle, value * degrees}) : std::nullopt;
     }
     return std::nullopt;
   }

@@ -60,6 +60,33 @@ bool isPixelExact(const cairo_matrix_t& m) {
   return (straight || turned) && isWhole(m.x0) && isWhole(m.y0);
 }
 
+/// Not by `cairo_get_source`: of a context in error it gives a new pattern each time, which nobody frees.
+void setSource(cairo_t* target, cairo_surface_t& pixels, cairo_extend_t extend, cairo_filter_t filter) {
+  const Pattern pattern(cairo_pattern_create_for_surface(&pixels));
+  cairo_pattern_set_extend(pattern.get(), extend);
+  cairo_pattern_set_filter(pattern.get(), filter);
+  cairo_set_source(target, pattern.get());
+}
+
+/// A rectangle as the path, in the coordinates in force, which are not turned by less than a quarter. Far off the
+/// bitmap it is cut: cairo's coordinates wrap around at 2^23 pixels.
+void addRectangle(cairo_t* target, const CGRect& rectangle) {
+  constexpr double kLargest = 1e300;  // a greater one times 0 would be no number
+  constexpr double kFar = 1 << 20;
+  cairo_matrix_t m;
+  cairo_get_matrix(target, &m);
+  double startX = rectangle.x;
+  double startY = rectangle.y;
+  double endX = std::clamp(rectangle.x + rectangle.width, -kLargest, kLargest);
+  double endY = std::clamp(rectangle.y + rectangle.height, -kLargest, kLargest);
+  cairo_matrix_transform_point(&m, &startX, &startY);
+  cairo_matrix_transform_point(&m, &endX, &endY);
+  for (double* const end : {&startX, &startY, &endX, &endY}) *end = std::clamp(*end, -kFar, kFar);
+  cairo_identity_matrix(target);
+  cairo_rectangle(target, startX, startY, endX - startX, endY - startY);
+  cairo_set_matrix(target, &m);
+}
+
 /// How many pixels a side of so many covers when each of them is brought to `length`; no more than it has.
 std::size_t coveredPixels(std::size_t side, double length) {
   const double covered = static_cast<double>(side) * length;
@@ -276,11 +303,8 @@ struct CGContext::Drawing {
     cairo_transform(target, &toUser);
     cairo_matrix_t toDevice;
     cairo_get_matrix(target, &toDevice);
-    cairo_set_source_surface(target, pixels.get(), 0, 0);
-    cairo_pattern_set_extend(cairo_get_source(target), CAIRO_EXTEND_PAD);
-    cairo_pattern_set_filter(cairo_get_source(target),
-                             isPixelExact(toDevice) ? CAIRO_FILTER_NEAREST : CAIRO_FILTER_GOOD);
-    cairo_rectangle(target, 0, 0, static_cast<double>(image.width()), static_cast<double>(image.height()));
+    setSource(target, *pixels, CAIRO_EXTEND_PAD, isPixelExact(toDevice) ? CAIRO_FILTER_NEAREST : CAIRO_FILTER_GOOD);
+    addRectangle(target, {0, 0, static_cast<double>(image.width()), static_cast<double>(image.height())});
     cairo_clip(target);
     cairo_paint_with_alpha(target, alpha);
   }
@@ -297,8 +321,24 @@ cairo_matrix_t flippedPlacement(const CGRect& rectangle, const CGImage& image) {
   return m;
 }
 
+/// NaN is 0.
+double limited(double component) { return component > 0 ? std::min(component, 1.0) : 0.0; }
+ColorRGBA limited(const ColorRGBA& c) { return {limited(c.red), limited(c.green), limited(c.blue), limited(c.alpha)}; }
+
 bool canPlace(const CGRect& rectangle, const CGImage& image) {
   return image.hasPixels() && isFinite(rectangle) && rectangle.width > 0 && rectangle.height > 0;
+}
+
+/// A tile enlarged to what it covers of the bitmap, so that filtering does not mix one edge with the opposite one,
+/// which lies beside it; the tile itself where its sides do not come to whole pixels.
+CGImage enlargedTile(const CGImage& image, double width, double height) {
+  constexpr double kLargest = 1e5;
+  const bool isSame = width == static_cast<double>(image.width()) && height == static_cast<double>(image.height());
+  if (isSame || !isWhole(width) || !isWhole(height) || width > kLargest || height > kLargest) return image;
+  const auto context = CGContext::make(std::lround(width), std::lround(height));
+  if (!context) return image;
+  context->drawUpright({0, 0, width, height}, image, UIImageOrientation::Up);
+  return context->image();
 }
 
 }  // namespace
@@ -337,15 +377,15 @@ void CGContext::endTransparencyLayer() {
 void CGContext::scaleCTM(double x, double y) { cairo_matrix_scale(&drawing_->state.transform, x, y); }
 void CGContext::translateCTM(double x, double y) { cairo_matrix_translate(&drawing_->state.transform, x, y); }
 void CGContext::setBlendMode(CGBlendMode mode) { drawing_->state.blend = mode; }
-void CGContext::setAlpha(double alpha) { drawing_->state.alpha = alpha > 0 ? std::min(alpha, 1.0) : 0; }
+void CGContext::setAlpha(double alpha) { drawing_->state.alpha = limited(alpha); }
 void CGContext::setFillColor(const ColorRGBA& color) { drawing_->state.fill = color; }
 
 void CGContext::fillRect(const CGRect& rectangle) {
   if (!isFinite(rectangle)) return;
-  const ColorRGBA& fill = drawing_->state.fill;
+  const ColorRGBA fill = limited(drawing_->state.fill);
   drawing_->paint([&](cairo_t* target) {
     cairo_set_source_rgba(target, fill.red, fill.green, fill.blue, fill.alpha * drawing_->state.alpha);
-    cairo_rectangle(target, rectangle.x, rectangle.y, rectangle.width, rectangle.height);
+    addRectangle(target, rectangle);
     cairo_fill(target);
   });
 }
@@ -365,15 +405,19 @@ void CGContext::drawUpright(const CGRect& rectangle, const CGImage& image, UIIma
 
 void CGContext::drawTiled(const CGRect& rectangle, const CGImage& image, const CGSize& tile) {
   if (!canPlace(rectangle, image) || !(tile.width > 0) || !(tile.height > 0)) return;
+  const cairo_matrix_t& toDevice = drawing_->state.transform;
+  const CGImage drawn = enlargedTile(image, tile.width * std::abs(toDevice.xx), tile.height * std::abs(toDevice.yy));
   drawing_->paint([&](cairo_t* target) {
-    cairo_rectangle(target, rectangle.x, rectangle.y, rectangle.width, rectangle.height);
+    addRectangle(target, rectangle);
     cairo_clip(target);
     cairo_translate(target, rectangle.x, rectangle.y);
-    cairo_scale(target, tile.width / static_cast<double>(image.width()),
-                tile.height / static_cast<double>(image.height()));
-    const Surface pixels = surfaceOver(image.bitmap());
-    cairo_set_source_surface(target, pixels.get(), 0, 0);
-    cairo_pattern_set_extend(cairo_get_source(target), CAIRO_EXTEND_REPEAT);
+    cairo_scale(target, tile.width / static_cast<double>(drawn.width()),
+                tile.height / static_cast<double>(drawn.height()));
+    cairo_matrix_t pixelsToDevice;
+    cairo_get_matrix(target, &pixelsToDevice);
+    const Surface pixels = surfaceOver(drawn.bitmap());
+    setSource(target, *pixels, CAIRO_EXTEND_REPEAT,
+              isPixelExact(pixelsToDevice) ? CAIRO_FILTER_NEAREST : CAIRO_FILTER_GOOD);
     cairo_paint_with_alpha(target, drawing_->state.alpha);
   });
 }

@@ -57,7 +57,7 @@ class CGContext {
   void setBlendMode(CGBlendMode mode);
   /// `CGContextSetAlpha`: for what is drawn from now on, 0 to 1.
   void setAlpha(double alpha);
-  /// Opaque black at first. Components are limited to 0 to 1.
+  /// Opaque black at first. Components are limited to 0 to 1, NaN is 0.
   void setFillColor(const ColorRGBA& color);
 
   void fillRect(const CGRect& rectangle);

@@ -26,8 +26,8 @@ struct Span {
     constexpr double kRounding = 1e-6;
     const double low = std::floor(std::min(origin, origin + length) + kRounding);
     const double high = std::ceil(std::max(origin, origin + length) - kRounding);
-    // A comparison with NaN fails, and leaves nothing.
-    if (!(low < static_cast<double>(limit)) || !(high > 0)) return;
+    // A comparison with NaN fails, and leaves nothing; of a length that is none, nothing is left either.
+    if (std::isnan(length) || !(low < static_cast<double>(limit)) || !(high > 0)) return;
     start = low > 0 ? static_cast<std::size_t>(low) : 0;
     end = high < static_cast<double>(limit) ? static_cast<std::size_t>(high) : limit;
   }

@@ -7,6 +7,7 @@
 
 #include <quorvel/Platform/Foundation/FileReplacer.h>
 #include <quorvel/Platform/ImageIO/CGImageDestination.h>
+#include <quorvel/Platform/ImageIO/ImageFile.h>
 
 namespace quorvel {
 namespace {
@@ -110,7 +111,7 @@ bool CGImageDestination::finalize() const {
 
 std::optional<CGImageDestination> CGImageDestination::CGImageDestinationCreateWithURL(const NSURL& url, StringView type,
                                                                                       std::size_t count) {
-  if (url.scheme() != u"file" || type != StringView(kUTTypeJPEG) || count != 1) return std::nullopt;
+  if (!isFileURL(url) || type != StringView(kUTTypeJPEG) || count != 1) return std::nullopt;
   auto path = files::systemPath(url.path());
   if (!path) return std::nullopt;
   return CGImageDestination(std::move(*path));

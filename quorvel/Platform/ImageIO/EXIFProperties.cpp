@@ -173,8 +173,9 @@ class Fields {
   [[nodiscard]] Value list() const {
     List numbers;
     for (std::uint64_t i = 0; i < std::min(field_.count, kListLength); ++i) {
-      // A division by zero stands for "unknown", and keeps its place.
-      numbers.append(valueOf(block_.number(field_, i).value_or(0)));
+      // A division by zero stands for "unknown", and keeps its place; so does what is no finite number.
+      const Value number = valueOf(block_.number(field_, i));
+      numbers.append(number.isNil() ? Value(0) : number);
     }
     return numbers.isEmpty() ? Value(nil) : Value(std::move(numbers));
   }
@@ -206,7 +207,7 @@ class Fields {
     StringBuilder text;
     for (std::uint64_t i = 0; i < std::size(kEnds); ++i) {
       const auto number = block_.number(field_, i);
-      if (!number || *number < 0 || *number >= kEnds[i]) return nil;
+      if (!number || !(*number >= 0 && *number < kEnds[i])) return nil;  // nor what is no number
       if (i) text.append(u':');
       const auto whole = static_cast<unsigned>(*number);
       text.append(static_cast<char16_t>(u'0' + whole / 10));

@@ -258,6 +258,7 @@ class Items {
         facts.bitsPerComponent = file_.u8(box.body + 5);
         return;
       case fourCharacters("colr"):
+        if (box.size() < 4) return;
         if (file_.is(box.body, "prof") || file_.is(box.body, "rICC")) facts.profile = {box.body + 4, box.size() - 4};
         return;
       default:

@@ -54,7 +54,8 @@ void CALayer::renderContents(CGContext& context) const {
     delegate_->drawLayer(context);
     context.restoreGState();
   }
-  for (const auto& layer : sublayers_) {
+  const std::vector<std::shared_ptr<CALayer>> layers = sublayers_;  // drawing may change the list
+  for (const auto& layer : layers) {
     context.saveGState();
     context.translateCTM(layer->origin_.x - layer->bounds_.x, layer->origin_.y - layer->bounds_.y);
     layer->renderInContext(context);

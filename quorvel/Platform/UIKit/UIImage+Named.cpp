@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <list>
 #include <mutex>
 #include <string>
@@ -16,6 +17,12 @@ namespace quorvel {
 namespace {
 
 constexpr std::size_t kMostKept = 64;
+constexpr std::size_t kMostKeptBytes = 64 * 1024 * 1024;
+
+std::size_t bytesOf(const UIImage& image) {
+  const CGImage& pixels = image.bitmap();
+  return pixels.hasPixels() ? pixels.bitmap().bytesPerRow() * pixels.height() : 0;
+}
 
 /// What tells one state of a file from another.
 struct FileState {
@@ -44,15 +51,12 @@ class Kept {
   }
   void keep(const std::string& path, const FileState& state, const UIImage& image) {
     const std::lock_guard guard(mutex_);
-    if (const auto known = places_.find(path); known != places_.end()) {
-      entries_.erase(known->second);
-      places_.erase(known);
-    }
+    if (const auto known = places_.find(path); known != places_.end()) drop(known->second);
+    if (bytesOf(image) > kMostKeptBytes) return;
     entries_.push_front({path, state, image});
     places_.emplace(path, entries_.begin());
-    if (entries_.size() <= kMostKept) return;
-    places_.erase(entries_.back().path);
-    entries_.pop_back();
+    bytes_ += bytesOf(image);
+    while (entries_.size() > kMostKept || bytes_ > kMostKeptBytes) drop(std::prev(entries_.end()));
   }
 
  private:
@@ -61,7 +65,14 @@ class Kept {
     FileState state;
     UIImage image;
   };
+  void drop(std::list<Entry>::iterator entry) {
+    bytes_ -= bytesOf(entry->image);
+    places_.erase(entry->path);
+    entries_.erase(entry);
+  }
+
   std::mutex mutex_;
+  std::size_t bytes_ = 0;
   std::list<Entry> entries_;  // the one used last comes first
   std::unordered_map<std::string, std::list<Entry>::iterator> places_;
 };

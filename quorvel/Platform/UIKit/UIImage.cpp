@@ -76,6 +76,7 @@ void UIImage::drawInRect(const CGRect& rectangle) const {
     context->drawUpright(rectangle, bitmap_, orientation_);
     return;
   }
+  if (!(rectangle.width > 0) || !(rectangle.height > 0)) return;  // no parts
   drawStretched(*context, rectangle, bitmap_, scale_, capInsets_);
 }
 

@@ -22,8 +22,8 @@ class UIImage {
   /// `imageNamed:`: the image of that name in the main bundle's folder: NAME.png, or .jpg without one; a name that ends
   /// in ".png", ".jpg" or ".jpeg" is looked for as it is. Of NAME, NAME@2x and NAME@3x, of scale 1, 2 and 3, it is the
   /// one of the main screen's scale, else the next larger one, else the next smaller; one that is there but cannot be
-  /// read is passed over. Decoded images are kept for the next call, at most 64 of all threads, until
-  /// the file changes. nil when there is none, and for a name with a slash.
+  /// read is passed over. Decoded images are kept for the next call, at most 64 and 64 MiB of all threads, until the
+  /// file changes. nil when there is none, and for a name with a slash.
   [[nodiscard]] static std::optional<UIImage> named(StringView name);
 
   /// In points, upright: the sides of the bitmap are swapped where the orientation turns it by a quarter.

@@ -20,13 +20,17 @@ void UIImageView::drawRect(const CGRect& bounds) {
 }
 
 void UIImageView::drawTemplate(const CGRect& rectangle) const {
-  CGContext& context = *UIGraphicsImageContext::current();
-  if (!context.beginTransparencyLayer()) return;
+  // The tint goes far beyond the image, whose border may cover pixels in part: the tint's would cover them in part
+  // again.
+  constexpr double kBeyond = 1e6;
+  CGContext* const context = UIGraphicsImageContext::current();
+  if (!context || !context->beginTransparencyLayer()) return;
   image_->drawInRect(rectangle);
-  context.setBlendMode(CGBlendMode::SourceIn);
-  context.setFillColor(tintColor().components());
-  context.fillRect(rectangle);
-  context.endTransparencyLayer();
+  context->setBlendMode(CGBlendMode::SourceIn);
+  context->setFillColor(tintColor().components());
+  context->fillRect(
+      {rectangle.x - kBeyond, rectangle.y - kBeyond, rectangle.width + 2 * kBeyond, rectangle.height + 2 * kBeyond});
+  context->endTransparencyLayer();
 }
 
 }  // namespace quorvel

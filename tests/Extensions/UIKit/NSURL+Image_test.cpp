@@ -39,6 +39,7 @@ TEST_F(NSURLImage, SizesAreThoseStored) {
   const FileBytes turned = jpegFile(40, 30, {.segments = jpegExif(exifWithOrientation(6))});
   EXPECT_EQ(imageFileDimensionSize(write(turned)), (CGSize{40, 30})) << "whatever the orientation";
   EXPECT_EQ(imageFileDimensionSize(write(pngFile(60'000, 60'000))), (CGSize{60'000, 60'000})) << "beyond the limits";
+  EXPECT_EQ(imageFileDimensionSize(write(gifFile(9, 7, {}))), (CGSize{9, 7})) << "a canvas without a frame";
   EXPECT_EQ(imageFileDimensionSize(write(textBytes("%PDF-1.4"))), CGSize()) << "unknown";
   EXPECT_EQ(imageFileDimensionSize(write(textBytes("text"))), CGSize());
   EXPECT_EQ(imageFileDimensionSize(*NSURL::withString(u"http://h/a.png")), CGSize());

@@ -101,6 +101,7 @@ TEST(ColorFromCSS, RefusesWhatIsNoColor) {
       {u"hsl(50% 100% 25%)", "a percentage for a hue"},
       {u"hsl(120, 100, 25)", "numbers behind commas"},
       {u"hsl(120furlong 1% 1%)", "no unit of angles"},
+      {u"hsl(1e308turn 100% 50%)", "degrees beyond the range of numbers"},
       {u"hwb(0, 0%, 0%)", "hwb has no commas"},
       {u"lab(50% 0 0)", "another function"},
       {u"rgb(calc(1) 2 3)", "calc"},

@@ -50,6 +50,20 @@ TEST(ImageWithViewScaleWithTintColor, ShowsTheShapeAndChangesTheView) {
   EXPECT_EQ(empty->tintColor(), UIColor(0, 1, 0, 1));
 }
 
+// 3 points in the middle of 4: the border covers half a pixel, a corner a quarter of one.
+TEST(UIImageView, TintsBetweenPixelsAsItDraws) {
+  const ScreenScale screen(1);
+  const auto view = UIImageView::make(CGRect{0, 0, 4, 4});
+  view->setContentMode(UIViewContentMode::Center);
+  view->setImage(UIImage(test::picture(3, 3, [](std::size_t, std::size_t) { return 0xFFFFFFFF; })));
+  const auto plain = imageWithViewScale(*view);
+  const auto tinted = imageWithViewScaleWithTintColor(*view, UIColor(1, 1, 1, 1));
+  ASSERT_TRUE(plain && tinted);
+  for (std::size_t i = 0; i < 16; ++i) EXPECT_EQ(pixel(*tinted, i % 4, i / 4), pixel(*plain, i % 4, i / 4)) << i;
+  EXPECT_EQ(pixel(*tinted, 0, 1), 0x80808080);
+  view->drawRect(view->bounds());  // without a context nothing is drawn
+}
+
 TEST(UIImageView, TintsTemplatesByTheirSuperview) {
   const ScreenScale screen(1);
   const auto parent = UIView::make({0, 0, 8, 4});

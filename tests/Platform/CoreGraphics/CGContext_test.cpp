@@ -42,8 +42,9 @@ TEST(CGImage, CutsWholePixelsWithinItsBorder) {
   ASSERT_EQ(part.width(), 4U);
   ASSERT_EQ(part.height(), 2U);
   EXPECT_EQ(pixel(part, 0, 1), place(1, 1));
-  for (const CGRect& empty : {CGRect{5, 0, 1, 1}, CGRect{0, 0, 0, 0}, CGRect{-2, 0, 2, 2}, CGRect{NAN, 0, 1, 1}}) {
-    EXPECT_FALSE(image.inRect(empty).hasPixels());
+  for (const CGRect& empty : {CGRect{5, 0, 1, 1}, CGRect{0, 0, 0, 0}, CGRect{-2, 0, 2, 2}, CGRect{NAN, 0, 1, 1},
+                              CGRect{0.5, 0, NAN, 1}, CGRect{0, 0.5, 1, NAN}}) {
+    EXPECT_FALSE(image.inRect(empty).hasPixels()) << empty.x << ", " << empty.y << ": " << empty.width;
   }
 }
 
@@ -113,9 +114,75 @@ TEST(CGContext, GoesOnAfterATransformationWithoutAnInverse) {
   context->saveGState();
   context->scaleCTM(0, 1);
   context->fillRect({0, 0, 1, 1});
+  context->drawUpright({0, 0, 1, 1}, places(1, 1), UIImageOrientation::Up);
   context->restoreGState();
+  context->drawUpright({0, 0, 1e300, 1e300}, places(1, 1), UIImageOrientation::Up);  // no inverse in numbers
   context->fillRect({0, 0, 1, 1});
   EXPECT_EQ(pixel(context->image(), 0, 0), 0xFF000000);
+}
+
+TEST(CGContext, LimitsColoursBeforeItsAlpha) {
+  const struct {
+    ColorRGBA color;
+    double alpha;
+    std::uint32_t expected;
+  } rows[] = {{{2, -1, 0, 1}, 1, 0xFFFF0000}, {{1, 1, 1, 2}, 0.5, 0x80808080}, {{1, 1, 1, INFINITY}, 0.5, 0x80808080},
+              {{1, 1, 1, INFINITY}, 0, 0},    {{NAN, 1, 0, 1}, 1, 0xFF00FF00}, {{1, 1, 1, NAN}, 1, 0},
+              {{0, 0, 1, 0.5}, 7, 0x80000080}};
+  for (const auto& [color, alpha, expected] : rows) {
+    const auto context = CGContext::make(1, 1);
+    context->setAlpha(alpha);
+    context->setFillColor(color);
+    context->fillRect({0, 0, 1, 1});
+    EXPECT_EQ(pixel(context->image(), 0, 0), expected) << color.red << ", " << color.alpha << " at " << alpha;
+  }
+}
+
+TEST(CGContext, DrawsWhatReachesFarBeyondTheBitmap) {
+  const struct {
+    CGRect rectangle;
+    bool covers;
+    const char* why;
+  } rows[] = {{{0, 0, 9e6, 4}, true, "beyond 2^23 pixels"},
+              {{-1e9, 0, 2e9, 4}, true, "from far to far"},
+              {{-1e308, -1e308, 1e308, 1e308}, false, "up to the corner only"},
+              {{0, 0, 1e308, 1e308}, true, "the largest numbers"},
+              {{1e308, 0, 1e308, 4}, false, "whose sum is infinite"},
+              {{16'777'216, 0, 4, 4}, false, "as far off as coordinates of 24 bits repeat"},
+              {{0, -16'777'216, 4, 4}, false, "the same above"},
+              {{4, 4, -1e9, -1e9}, true, "backwards"}};
+  for (const auto& [rectangle, covers, why] : rows) {
+    const auto context = CGContext::make(4, 4);
+    context->fillRect(rectangle);
+    for (const std::size_t i : {0U, 3U}) EXPECT_EQ(pixel(context->image(), i, i), covers ? 0xFF000000 : 0U) << why;
+  }
+  const auto context = CGContext::make(4, 4);
+  context->drawUpright({-5e8, -9e6, 1e9, 1e7}, places(200, 200), UIImageOrientation::Up);
+  for (const std::size_t i : {0U, 3U}) EXPECT_NEAR(pixel(context->image(), i, i) >> 8 & 0xFF, 180, 1) << "its row";
+}
+
+// Two columns, red and blue, within the caps; green between them.
+TEST(UIGraphics, StretchedPartsDoNotMixOppositeEdges) {
+  const auto bitmap = CGContext::make(6, 6);
+  for (const auto& [color, x] : {std::pair(ColorRGBA{1, 0, 0, 1}, 0), {{0, 0, 1, 1}, 1}, {{0, 1, 0, 1}, 2}}) {
+    bitmap->setFillColor(color);
+    bitmap->fillRect({static_cast<double>(x), 0, 6, 6});
+  }
+  const UIImage image = UIImage(bitmap->image()).resizableWithCapInsets({2, 2, 2, 2});
+  for (const double scale : {1, 2, 3}) {
+    const UIGraphicsImageContext canvas({10, 10}, scale);
+    image.drawInRect({0, 0, -5, 5});  // has no parts
+    image.drawInRect({0, 0, 10, 10});
+    const CGImage drawn = canvas.image()->bitmap();
+    const auto side = static_cast<std::size_t>(10 * scale);
+    const auto cap = static_cast<std::size_t>(2 * scale);
+    for (const std::size_t y : {std::size_t{0}, side / 2, side - 1}) {
+      EXPECT_EQ(pixel(drawn, 0, y), 0xFFFF0000) << scale << ", " << y;
+      EXPECT_EQ(pixel(drawn, cap - 1, y), 0xFF0000FF) << scale << ", " << y;
+      EXPECT_EQ(pixel(drawn, cap, y), 0xFF00FF00) << scale << ", " << y;
+      EXPECT_EQ(pixel(drawn, side - 1, y), 0xFF00FF00) << scale << ", " << y;
+    }
+  }
 }
 
 TEST(UIGraphics, ContextsNestAndSidesRoundUp) {

@@ -82,7 +82,7 @@ TEST(CGImageDestination, TakesFileURLsAndOneJPEG) {
       {u"file:///tmp/a.jpg", u"public.png", 1, false}, {u"file:///tmp/a.jpg", kUTTypeJPEG, 2, false},
       {u"file:///tmp/a.jpg", kUTTypeJPEG, 0, false},   {u"https://example.com/a", kUTTypeJPEG, 1, false},
       {u"/tmp/a.jpg", kUTTypeJPEG, 1, false},          {u"file:", kUTTypeJPEG, 1, false},
-      {u"file:///tmp/%00.jpg", kUTTypeJPEG, 1, false},
+      {u"file:///tmp/%00.jpg", kUTTypeJPEG, 1, false}, {u"FILE:///tmp/a.jpg", kUTTypeJPEG, 1, true},
   };
   for (const auto& [url, type, count, isTaken] : rows) {
     EXPECT_EQ(CGImageDestination::CGImageDestinationCreateWithURL(*NSURL::withString(url), type, count).has_value(),

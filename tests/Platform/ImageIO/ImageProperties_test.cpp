@@ -90,6 +90,22 @@ TEST(ImageProperties, WhatIsDamagedIsLeftOut) {
   EXPECT_TRUE(properties.gps.isEmpty());
 }
 
+// Fields may be of any type, and floating point numbers hold what is no number.
+TEST(ImageProperties, NumbersThatAreNoneAreLeftOut) {
+  const FileBytes notANumber = {0, 0, 0xC0, 0x7F};
+  const FileBytes infinity = {0, 0, 0x80, 0x7F};
+  for (const FileBytes& number : {notANumber, infinity}) {
+    const FileBytes three = joined({number, number, number});
+    TIFFWriter writer(true);
+    const auto exif = writer.add({{33434, 11, 1, number}, {34855, 11, 3, three}});
+    const auto gps = writer.add({{2, 11, 3, three}, {7, 11, 3, three}});
+    const EXIFProperties properties =
+        exifProperties(writer.file(writer.add({writer.longs(34665, {exif}), writer.longs(34853, {gps})})));
+    EXPECT_EQ(properties.exif, (Dictionary{{u"ISOSpeedRatings", List{0, 0, 0}}})) << "a list keeps its places";
+    EXPECT_TRUE(properties.gps.isEmpty());
+  }
+}
+
 TEST(ImageProperties, ColoursAreNamed) {
   struct ColorRow {
     const char* what;

@@ -365,6 +365,9 @@ TEST(ImageSniff, PlacesOfBlocksAreExact) {
   EXPECT_EQ(at(inFile, sniff(inFile).exif), exif);
   EXPECT_EQ(sniff(inFile).exifOrientation, 1) << "its decoder turns the picture itself";
   EXPECT_EQ(sniff(withItem(0, 0xFFFFFFF0)).exif.length, 0) << "beyond the file";
+  const FileBytes behind = joined({isoSize(9, 9), isoBox("colr", {}), textBytes("prof")});
+  const FileBytes empty = joined({isoType("avif"), isoMeta({{1, "av01", {1, 2}}}, behind)});
+  EXPECT_EQ(sniff(empty).profile.length, 0) << "what stands behind a box is not in it";
 }
 
 /// A bound for a machine that does other things too; what fails it takes minutes.

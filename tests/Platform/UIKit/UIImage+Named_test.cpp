@@ -113,6 +113,20 @@ TEST_F(NamedImages, MayBeAskedForByManyThreads) {
   EXPECT_EQ(found, 800);
 }
 
+TEST_F(NamedImages, KeepsNoMoreThanItsBytes) {
+  write("first.png", 3000);  // 36 MB decoded
+  write("second.png", 3000);
+  write("small.png", 1);
+  const auto first = UIImage::named(u"first");
+  const auto small = UIImage::named(u"small");
+  EXPECT_EQ(UIImage::named(u"first"), first);
+  EXPECT_EQ(UIImage::named(u"small"), small);
+  const auto second = UIImage::named(u"second");
+  EXPECT_EQ(UIImage::named(u"small"), small) << "room for both";
+  EXPECT_EQ(UIImage::named(u"second"), second);
+  EXPECT_NE(UIImage::named(u"first"), first) << "dropped, and decoded again";
+}
+
 TEST_F(NamedImages, StretchWithinTheirCaps) {
   const ScreenScale screen(1);
   write("button.png", 4);

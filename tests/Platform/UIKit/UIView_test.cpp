@@ -128,6 +128,28 @@ TEST(CALayer, DrawsFromTheBottomToTheTop) {
   EXPECT_EQ(pixel(rendered(*view), 1, 1), 0xFF0000FF);
 }
 
+/// Goes when it has been drawn.
+class Flash : public UIView {
+ public:
+  static std::shared_ptr<Flash> make(const CGRect& frame) { return std::shared_ptr<Flash>(new Flash(frame)); }
+  void drawRect(const CGRect&) override { removeFromSuperview(); }
+
+ private:
+  using UIView::UIView;
+};
+
+TEST(CALayer, DrawsWhatChangesTheTreeMeanwhile) {
+  const auto view = UIView::make({0, 0, 3, 1});
+  for (const double x : {0, 1, 2}) {
+    const auto flash = Flash::make({x, 0, 1, 1});
+    flash->setBackgroundColor(kRed);
+    view->addSubview(flash);
+  }
+  const UIImage image = rendered(*view);
+  for (const std::size_t x : {0U, 1U, 2U}) EXPECT_EQ(pixel(image, x, 0), 0xFFFF0000) << x;
+  EXPECT_TRUE(view->subviews().empty());
+}
+
 TEST(CALayer, IsTranslucentAsOnePicture) {
   const auto view = UIView::make({0, 0, 2, 2});
   view->setBackgroundColor(UIColor(1, 1, 1, 1));
