@@ -36,7 +36,7 @@ class Writer {
     bytes.back() = static_cast<std::uint8_t>(bytes.back() | value << (7 - (used_ - 1) % 8));
   }
   void bits(std::uint64_t value, unsigned count) {
-    while (count-- > 0) bit(value >> count & 1);
+    while (count-- > 0) bit(count < 64 && (value >> count & 1));
   }
   void number(std::uint64_t value) {
     unsigned width = 0;
