@@ -91,7 +91,7 @@ std::vector<std::uint8_t> unitOf(const Set& set) {
   w.number(4);
   w.bit(true);
   for (unsigned i = 0; i < set.subLayers; ++i) {
-    for (const std::uint64_t value : {4, 2, 0}) w.number(value);
+    for (const std::uint64_t value : {4U, 2U, 0U}) w.number(value);
   }
   w.number(set.leastCoding - 3);
   w.number(set.moreCoding);
