@@ -190,10 +190,10 @@ Bytes flatFile(std::uint32_t width, std::uint32_t height) {
   put(0x2F, 8);
   put(width - 1, 14);
   put(height - 1, 14);
-  put(0, 4);                                                        // no alpha, version 0
-  put(0, 3);                                                        // neither transform nor cache nor further codes
-  for (const std::uint32_t symbol : {0x30, 0x20, 0x10, 0xFF, 0}) {  // green, red, blue, alpha, distance
-    put(0b101, 3);                                                  // simple, one symbol, of 8 bits
+  put(0, 4);  // no alpha, version 0
+  put(0, 3);  // neither transform nor cache nor further codes
+  for (const std::uint32_t symbol : {0x30U, 0x20U, 0x10U, 0xFFU, 0U}) {  // green, red, blue, alpha, distance
+    put(0b101, 3);                                                       // simple, one symbol, of 8 bits
     put(symbol, 8);
   }
   Bytes parts = {'W', 'E', 'B', 'P'};
