@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstring>
 #include <utility>
 
 #include <quorvel/Extensions/UIKit/UIImage+ImageEffects.h>
@@ -14,6 +15,8 @@ constexpr double kThreshold = 1.1920928955078125e-07;  // 2^-23
 constexpr std::int32_t kDivisor = 256;
 constexpr double kPresetSaturation = 1.8;
 constexpr double kTintAlpha = 0.6;
+/// Rows that stay in the processor's cache from one filter to the next.
+constexpr std::size_t kBandRows = 16;
 
 /// The side of the boxes for a radius in pixels: that of SVG's Gaussian blur for the standard deviation, made odd.
 std::uint32_t boxSide(double radius) {
@@ -86,16 +89,55 @@ CGImage atScale(const UIImage& image, double scale) {
   return context->image();
 }
 
-/// The pixels as the glass shows them; nullptr without memory and when stopped.
-std::shared_ptr<CGBitmap> through(const Glass& glass, const CGImage& pixels, double scale, const ImageWork& work) {
+vImage_Buffer bandOf(const vImage_Buffer& whole, std::size_t y) {
+  auto* const first = static_cast<std::uint8_t*>(whole.data) + y * whole.rowBytes;
+  return {first, std::min(kBandRows, whole.height - y), whole.width, whole.rowBytes};
+}
+
+/// The pixels as the glass shows them, and what else is then done to each band of them; nullptr without memory and when
+/// stopped.
+template <class Finish>
+std::shared_ptr<CGBitmap> through(const Glass& glass, const CGImage& pixels, double scale, const ImageWork& work,
+                                  Finish finish) {
   auto result = CGBitmap::make(static_cast<std::int64_t>(pixels.width()), static_cast<std::int64_t>(pixels.height()));
   if (!result) return nullptr;
   const vImage_Buffer source = vImage_Buffer::reading(pixels.bitmap());
   const vImage_Buffer to = vImage_Buffer::of(*result);
   if (glass.blurs() && !boxBlurThrice(source, to, boxSide(glass.radius * scale), work)) return nullptr;
-  if (!glass.changesSaturation()) return result;
   const auto matrix = saturationMatrix(glass.saturation);
-  return vImageMatrixMultiply_ARGB8888(glass.blurs() ? to : source, to, matrix, kDivisor) ? result : nullptr;
+  for (std::size_t y = 0; y < to.height; y += kBandRows) {
+    const vImage_Buffer band = bandOf(to, y);
+    const vImage_Buffer under = bandOf(source, y);
+    const bool isDone = !glass.changesSaturation() ||
+                        vImageMatrixMultiply_ARGB8888(glass.blurs() ? band : under, band, matrix, kDivisor);
+    if (!isDone || !finish(band, under)) return nullptr;
+  }
+  return result;
+}
+
+/// What the colour makes of an empty pixel.
+std::optional<std::uint32_t> pixelOf(const UIColor& color) {
+  const auto context = CGContext::make(1, 1);
+  if (!context) return std::nullopt;
+  context->setFillColor(color.components());
+  context->fillRect({0, 0, 1, 1});
+  CGBitmap* const bitmap = context->pixels();
+  if (!bitmap) return std::nullopt;
+  std::uint32_t pixel = 0;
+  std::memcpy(&pixel, bitmap->row(0), sizeof pixel);
+  return pixel;
+}
+
+/// The whole effect where no mask bounds it: the glass, the receiver under it, where it is not hidden, and the tint.
+std::shared_ptr<CGBitmap> throughAll(const Glass& glass, const CGImage& pixels, double scale,
+                                     const std::optional<UIColor>& tintColor, const ImageWork& work) {
+  const std::optional<std::uint32_t> tint = tintColor ? pixelOf(*tintColor) : 0;
+  if (!tint) return nullptr;
+  return through(glass, pixels, scale, work, [tint](const vImage_Buffer& band, const vImage_Buffer& under) {
+    if (!layUnder(under, band)) return false;
+    if (*tint != 0) layOver(*tint, band);
+    return true;
+  });
 }
 
 /// The receiver's pixels in a context.
@@ -106,19 +148,16 @@ std::shared_ptr<CGContext> drawn(const CGImage& pixels, double scale) {
   return context;
 }
 
-/// The context of the result, which shows the receiver with the effect over it.
+/// The receiver with the effect over it, where there is one, within the mask.
 std::shared_ptr<CGContext> composed(const CGImage& pixels, std::shared_ptr<CGBitmap> effect, double scale,
                                     const std::optional<UIImage>& mask) {
-  if (!effect) return drawn(pixels, scale);
-  // Over the receiver within the mask; or, with less to do, the receiver under it, where it is not hidden.
-  auto context = mask ? drawn(pixels, scale) : CGContext::over(std::exchange(effect, nullptr), scale);
-  if (!context || (!mask && pixels.isOpaque())) return context;
+  auto context = drawn(pixels, scale);
+  if (!context || !effect) return context;
   const CGRect whole = wholeOf(*context, scale);
   context->saveGState();
   flip(*context, whole.height);
   if (mask) context->clipToMask(whole, mask->bitmap());
-  if (!mask) context->setBlendMode(CGBlendMode::DestinationOver);
-  context->drawImage(whole, mask ? CGImage(std::move(effect)) : pixels);
+  context->drawImage(whole, CGImage(std::move(effect)));
   context->restoreGState();
   return context;
 }
@@ -141,9 +180,16 @@ std::optional<UIImage> applyBlurWithRadius(const UIImage& image, double radius, 
   const CGImage pixels = atScale(image, scale);
   if (!pixels.hasPixels()) return std::nullopt;
   const Glass glass{radius, saturationDeltaFactor};
+  const bool isGlass = glass.blurs() || glass.changesSaturation();
+  if (isGlass && !maskImage) {
+    auto whole = throughAll(glass, pixels, scale, tintColor, mostOf(work));
+    if (!whole || !work.goesOn(1)) return std::nullopt;
+    return UIImage(CGImage(std::move(whole)), scale);
+  }
   std::shared_ptr<CGBitmap> effect;
-  if (glass.blurs() || glass.changesSaturation()) {
-    effect = through(glass, pixels, scale, mostOf(work));
+  if (isGlass) {
+    const auto nothing = [](const vImage_Buffer&, const vImage_Buffer&) { return true; };
+    effect = through(glass, pixels, scale, mostOf(work), nothing);
     if (!effect) return std::nullopt;
   }
   const auto context = composed(pixels, std::move(effect), scale, maskImage);

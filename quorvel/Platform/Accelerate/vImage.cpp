@@ -3,6 +3,7 @@
 #include <vector>
 
 #include <quorvel/Platform/Accelerate/BoxRun.h>
+#include <quorvel/Platform/Accelerate/PixelBlend.h>
 #include <quorvel/Platform/Accelerate/PixelColors.h>
 #include <quorvel/Platform/Accelerate/vImage.h>
 #include <quorvel/Platform/CoreGraphics/CGImage.h>
@@ -155,6 +156,22 @@ bool convertToGray(const vImage_Buffer& source, const vImage_Buffer& destination
                     source.width);
   }
   return true;
+}
+
+bool layUnder(const vImage_Buffer& under, const vImage_Buffer& picture) {
+  if (!haveOneSize(under, picture)) return false;
+  for (std::size_t y = 0; y < picture.height; ++y) {
+    pixels::layUnder(bytesOf(under) + y * under.rowBytes, writableBytesOf(picture) + y * picture.rowBytes,
+                     picture.width);
+  }
+  return true;
+}
+
+void layOver(std::uint32_t pixel, const vImage_Buffer& picture) {
+  if (!picture.isValid()) return;
+  for (std::size_t y = 0; y < picture.height; ++y) {
+    pixels::layOver(pixel, writableBytesOf(picture) + y * picture.rowBytes, picture.width);
+  }
 }
 
 }  // namespace quorvel

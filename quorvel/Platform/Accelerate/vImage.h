@@ -57,4 +57,12 @@ inline constexpr std::uint32_t kLargestBoxSide = 131'071;
 /// sizes.
 [[nodiscard]] bool convertToGray(const vImage_Buffer& source, const vImage_Buffer& destination);
 
+/// Puts `under` beneath the premultiplied pixels of `picture`: each channel is its own plus what is under it times 255
+/// less the alpha, through 255, rounded to the nearest, no more than 255. False for buffers of different sizes.
+[[nodiscard]] bool layUnder(const vImage_Buffer& under, const vImage_Buffer& picture);
+
+/// Puts one premultiplied pixel, alpha in its highest byte and blue in its lowest, over each of `picture` by the same
+/// rule.
+void layOver(std::uint32_t pixel, const vImage_Buffer& picture);
+
 }  // namespace quorvel

@@ -33,12 +33,9 @@ struct Span {
   }
 };
 
-/// All zero; nullptr without memory. The kernel gives pages that are zero already.
+/// nullptr without memory. Large memory is zero: the kernel gives such pages.
 void* makePixels(std::size_t size) {
-  if (size < kLarge) {
-    void* const data = std::aligned_alloc(kAlignment, size);
-    return data ? std::memset(data, 0, size) : nullptr;
-  }
+  if (size < kLarge) return std::aligned_alloc(kAlignment, size);
   void* const data = ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
   if (data == MAP_FAILED) return nullptr;
   ::madvise(data, size, MADV_HUGEPAGE);
@@ -56,6 +53,14 @@ void freePixels(void* data, std::size_t size) {
 }  // namespace
 
 std::shared_ptr<CGBitmap> CGBitmap::make(std::int64_t width, std::int64_t height) {
+  auto bitmap = makeUnset(width, height);
+  if (!bitmap) return nullptr;
+  const std::size_t size = bitmap->bytesPerRow_ * bitmap->height_;
+  if (size < kLarge) std::memset(bitmap->data_, 0, size);
+  return bitmap;
+}
+
+std::shared_ptr<CGBitmap> CGBitmap::makeUnset(std::int64_t width, std::int64_t height) {
   if (width <= 0 || height <= 0 || width > limits::kImageSide || height > limits::kImageSide) return nullptr;
   if (width * height > limits::kImagePixels) return nullptr;
   const auto columns = static_cast<std::size_t>(width);
@@ -69,7 +74,7 @@ std::shared_ptr<CGBitmap> CGBitmap::make(std::int64_t width, std::int64_t height
 CGBitmap::~CGBitmap() { freePixels(data_, bytesPerRow_ * height_); }
 
 std::shared_ptr<CGBitmap> CGBitmap::copy() const {
-  auto result = make(static_cast<std::int64_t>(width_), static_cast<std::int64_t>(height_));
+  auto result = makeUnset(static_cast<std::int64_t>(width_), static_cast<std::int64_t>(height_));
   if (result) std::memcpy(result->data_, data_, bytesPerRow_ * height_);
   return result;
 }

@@ -17,6 +17,8 @@ class CGBitmap {
   /// nullptr for a side of zero or less, or beyond `limits::kImageSide`, or more pixels than `limits::kImagePixels`,
   /// and when there is no memory.
   [[nodiscard]] static std::shared_ptr<CGBitmap> make(std::int64_t width, std::int64_t height);
+  /// The same with bytes of any value, for those who write every row.
+  [[nodiscard]] static std::shared_ptr<CGBitmap> makeUnset(std::int64_t width, std::int64_t height);
   [[nodiscard]] std::shared_ptr<CGBitmap> copy() const;
 
   CGBitmap(const CGBitmap&) = delete;

@@ -5,6 +5,7 @@
 
 #include <quorvel/Platform/Foundation/Limits.h>
 #include <quorvel/Platform/ImageIO/EmbeddedProfile.h>
+#include <quorvel/Platform/ImageIO/HEIFDecoders.h>
 #include <quorvel/Platform/ImageIO/HEIFReader.h>
 #include <quorvel/Platform/ImageIO/PixelRows.h>
 #include <quorvel/Platform/ImageIO/PremultipliedRows.h>
@@ -46,8 +47,11 @@ struct Functions {
   QUORVEL_FUNCTION(heif_image_get_width);
   QUORVEL_FUNCTION(heif_image_get_height);
   QUORVEL_FUNCTION(heif_image_get_plane_readonly);
+  QUORVEL_FUNCTION(heif_decoding_options_alloc);
+  QUORVEL_FUNCTION(heif_decoding_options_free);
 #undef QUORVEL_FUNCTION
   // NOLINTEND(readability-identifier-naming,bugprone-macro-parentheses)
+  bool isSilent = complete && addSilentHEVCDecoder(handle);
 };
 
 const Functions& functions() {
@@ -95,10 +99,7 @@ class PrimaryImage {
     hasAlpha_ = f_.heif_image_handle_has_alpha_channel(handle_);
     width_ = size().width;
     const heif_chroma order = hasAlpha_ ? heif_chroma_interleaved_RGBA : heif_chroma_interleaved_RGB;
-    if (f_.heif_decode_image(handle_, &image_, heif_colorspace_RGB, order, nullptr).code != 0) {
-      image_ = nullptr;
-      return false;
-    }
+    if (!decode(order)) return false;
     plane_ = f_.heif_image_get_plane_readonly(image_, heif_channel_interleaved, &bytesPerRow_);
     const PixelSize declared = size();
     return plane_ && f_.heif_image_get_width(image_, heif_channel_interleaved) == static_cast<int>(declared.width) &&
@@ -116,6 +117,17 @@ class PrimaryImage {
   }
 
  private:
+  [[nodiscard]] bool decode(heif_chroma order) {
+    heif_decoding_options* const options = f_.heif_decoding_options_alloc();
+    if (!options) return false;
+    // Of AV1; the ways of HEVC have no such name, and the first of them is chosen.
+    if (options->version >= 4) options->decoder_id = "aom";
+    const heif_error error = f_.heif_decode_image(handle_, &image_, heif_colorspace_RGB, order, options);
+    f_.heif_decoding_options_free(options);
+    if (error.code != 0) image_ = nullptr;
+    return image_ != nullptr;
+  }
+
   void finishAlpha(std::uint8_t* row, std::size_t count) const {
     if (!f_.heif_image_handle_is_premultiplied_alpha(handle_)) return premultiplyRow(row, count);
     // A lossy codec leaves colours above their alpha, which no premultiplied pixel has.

@@ -228,7 +228,8 @@ bool JPEGDecoder::makeRoom(PixelSize wanted) {
   const std::uint64_t resultBytes = std::uint64_t{wanted.width} * wanted.height * kPixel;
   if (resultBytes >= limits::kImageDecodedBytes) return false;
   info_.mem->max_memory_to_use = static_cast<long>(limits::kImageDecodedBytes - resultBytes);
-  result_ = CGBitmap::make(wanted.width, wanted.height);
+  // All rows come, or are filled.
+  result_ = CGBitmap::makeUnset(wanted.width, wanted.height);
   if (!result_) return false;
   shrink_ = AreaShrink::make({info_.image_width, info_.image_height}, info_.scale_num, *result_);
   isWhole_ = !isCMYK_ && wanted == PixelSize{info_.output_width, info_.output_height};

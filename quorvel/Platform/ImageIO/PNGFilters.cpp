@@ -24,7 +24,7 @@ void undoUp(const std::uint8_t* from, const std::uint8_t* above, std::uint8_t* t
 }
 
 void undoSub(const std::uint8_t* from, std::uint8_t* to, std::size_t size, std::size_t step) {
-  std::memcpy(to, from, std::min(step, size));
+  std::memmove(to, from, std::min(step, size));
   for (std::size_t i = step; i < size; ++i) to[i] = static_cast<std::uint8_t>(from[i] + to[i - step]);
 }
 
@@ -158,7 +158,7 @@ void undoPNGFilter(std::uint8_t filter, const std::uint8_t* from, const std::uin
     case 4:
       return undoPaeth(from, above, to, size, step);
     default:
-      std::memcpy(to, from, size);
+      std::memmove(to, from, size);
   }
 }
 

@@ -40,14 +40,20 @@ std::uint64_t inflatedSize(const PNGFile& png) {
   return size;
 }
 
+/// All rows, where they and `kept` other bytes stay within the limit and nothing is damaged.
+RawBytes inflatedBeside(const PNGFile& png, std::uint64_t kept) {
+  const std::uint64_t size = inflatedSize(png);
+  if (size + kept > limits::kImageDecodedBytes) return {};
+  return inflateWhole(png.data, static_cast<std::size_t>(size));
+}
+
 /// The rows of the file without their filters.
 class Rows {
  public:
-  /// Inflates everything at once when the rows and `kept` other bytes stay within the limit and nothing is damaged.
+  /// Inflates everything at once where that is possible beside `kept` other bytes.
   Rows(const PNGFile& png, std::uint64_t kept)
       : step_(std::max<std::size_t>(png.bits() / 8, 1)), size_(1 + png.rowBytes(png.width)) {
-    const std::uint64_t size = inflatedSize(png);
-    if (size + kept <= limits::kImageDecodedBytes) whole_ = inflateWhole(png.data, static_cast<std::size_t>(size));
+    whole_ = inflatedBeside(png, kept);
     if (!whole_.get()) inflater_.emplace(png.data);
     for (RawBytes& row : rows_) row = RawBytes(size_);
     filtered_ = RawBytes(inflater_ ? size_ : 0);
@@ -55,8 +61,6 @@ class Rows {
   }
 
   [[nodiscard]] bool hasMemory() const { return rows_[0].get() && rows_[1].get() && filtered_.get() && above_.get(); }
-  /// True when all of the file is there and well packed.
-  [[nodiscard]] bool isWhole() const { return !inflater_; }
 
   /// Before the first row of each pass.
   void start() {
@@ -127,16 +131,15 @@ std::shared_ptr<CGBitmap> readStraight(const PNGFile& png, PixelSize wanted, con
   return result->take();
 }
 
-/// Pixels of one row of a pass to their places; `fills`: and over what the later passes would bring.
-void scatter(const std::uint8_t* from, const Pass& pass, std::uint32_t row, bool fills, CGBitmap& to) {
+/// Pixels of one row of a pass to their places, and over what the later passes would bring.
+void scatter(const std::uint8_t* from, const Pass& pass, std::uint32_t row, CGBitmap& to) {
   const auto width = static_cast<std::uint32_t>(to.width());
-  const auto height = static_cast<std::uint32_t>(to.height());
   const std::uint32_t top = pass.y + row * pass.down;
-  const std::uint32_t bottom = fills ? std::min(top + pass.high, height) : top + 1;
+  const std::uint32_t bottom = std::min(top + pass.high, static_cast<std::uint32_t>(to.height()));
   for (std::uint32_t y = top; y < bottom; ++y) {
     const std::uint8_t* pixel = from;
     for (std::uint32_t x = pass.x; x < width; x += pass.right, pixel += kPixel) {
-      const std::uint32_t end = fills ? std::min(x + pass.wide, width) : x + 1;
+      const std::uint32_t end = std::min(x + pass.wide, width);
       for (std::uint32_t each = x; each < end; ++each) std::memcpy(to.row(y) + each * kPixel, pixel, kPixel);
     }
   }
@@ -156,7 +159,7 @@ bool readPasses(const PNGFile& png, Rows& rows, CGBitmap& whole, const ImageWork
       const std::uint8_t* const samples = rows.next(png.rowBytes(columns));
       if (!samples) return isAny;
       pixels.convert(samples, columns, line.get());
-      scatter(line.get(), pass, row, !rows.isWhole(), whole);
+      scatter(line.get(), pass, row, whole);
       isAny = true;
       if (!bands.goOn()) return false;
     }
@@ -164,14 +167,89 @@ bool readPasses(const PNGFile& png, Rows& rows, CGBitmap& whole, const ImageWork
   return true;
 }
 
+/// The passes of an interlaced file that is not damaged, without their filters, so that a row of the picture can be put
+/// together out of all of them.
+class WholePasses {
+ public:
+  WholePasses(const PNGFile& png, std::uint64_t kept)
+      : png_(png), whole_(inflatedBeside(png, kept)), line_(png.width * kPixel) {}
+
+  [[nodiscard]] bool hasRows() const { return whole_.get() && line_.get(); }
+
+  /// In place. False where a row has no filter that there is, and when the work was stopped.
+  bool undoFilters(Bands& bands) {
+    const RawBytes zeros(1 + png_.rowBytes(png_.width) + kInflateSlack);
+    if (!zeros.get()) return false;
+    std::memset(zeros.get(), 0, zeros.size);
+    std::uint8_t* at = whole_.get();
+    for (std::size_t i = 0; i < std::size(kPasses); ++i) {
+      const std::uint32_t columns = kPasses[i].columns(png_.width);
+      const std::size_t size = png_.rowBytes(columns);
+      starts_[i] = at;
+      const std::uint8_t* above = zeros.get();
+      for (std::uint32_t row = 0; columns != 0 && row < kPasses[i].rows(png_.height); ++row, at += 1 + size) {
+        if (*at > 4 || !bands.goOn()) return false;
+        undoPNGFilter(*at, at + 1, above, at, size, std::max<std::size_t>(png_.bits() / 8, 1));
+        above = at;
+      }
+    }
+    return true;
+  }
+
+  void writeRow(std::uint32_t y, const PNGPixels& pixels, std::uint8_t* to) const {
+    for (std::size_t i = 0; i < std::size(kPasses); ++i) {
+      const Pass& pass = kPasses[i];
+      const std::uint32_t columns = pass.columns(png_.width);
+      if (y % pass.down != pass.y || columns == 0) continue;
+      const std::uint8_t* const samples = starts_[i] + (1 + png_.rowBytes(columns)) * std::size_t{y / pass.down};
+      pixels.convert(samples, columns, pass.right == 1 ? to : line_.get());
+      if (pass.right != 1) spread(pass, columns, to);
+    }
+  }
+
+ private:
+  void spread(const Pass& pass, std::uint32_t columns, std::uint8_t* to) const {
+    to += pass.x * kPixel;
+    for (std::uint32_t i = 0; i < columns; ++i) {
+      std::memcpy(to + std::size_t{i} * pass.right * kPixel, line_.get() + i * kPixel, kPixel);
+    }
+  }
+
+  const PNGFile& png_;
+  RawBytes whole_;
+  RawBytes line_;
+  const std::uint8_t* starts_[std::size(kPasses)] = {};
+};
+
+/// nullopt for a damaged file and for one that is too large for this way.
+std::optional<std::shared_ptr<CGBitmap>> readWholePasses(const PNGFile& png, PixelSize wanted, const ImageWork& work) {
+  WholePasses passes(png, std::uint64_t{wanted.width} * wanted.height * kPixel);
+  if (!passes.hasRows()) return std::nullopt;
+  Bands bands(work, std::uint64_t{png.height} * 3);
+  if (!passes.undoFilters(bands)) {
+    if (work.stop.stop_requested()) return nullptr;
+    return std::nullopt;
+  }
+  auto result = PixelRows::make({png.width, png.height}, wanted);
+  if (!result) return nullptr;
+  const PNGPixels pixels(png);
+  for (std::uint32_t y = 0; y < png.height; ++y) {
+    passes.writeRow(y, pixels, result->room());
+    result->add();
+    if (!bands.goOn()) return nullptr;
+  }
+  return result->take();
+}
+
 std::shared_ptr<CGBitmap> readInterlaced(const PNGFile& png, PixelSize wanted, const ImageWork& work) {
   const PixelSize size = {png.width, png.height};
   const std::uint64_t bytes = std::uint64_t{png.width} * png.height * kPixel;
   if (bytes > limits::kImageDecodedBytes) return nullptr;
+  if (auto result = readWholePasses(png, wanted, work)) return *result;
   auto whole = CGBitmap::make(png.width, png.height);
   if (!whole) return nullptr;
   {
-    Rows rows(png, bytes);
+    Rows rows(png, limits::kImageDecodedBytes);
     if (!rows.hasMemory() || !readPasses(png, rows, *whole, work)) return nullptr;
   }
   if (wanted == size) return whole;

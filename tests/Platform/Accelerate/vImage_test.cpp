@@ -282,5 +282,33 @@ TEST(ConvertToGray, IsTheRuleForEveryColor) {
   });
 }
 
+/// All pairs of a channel above an alpha and of one beneath it, in rows whose last block is not whole.
+TEST(LayUnder, BlendsEveryValueToTheNearest) {
+  constexpr std::size_t kWidth = 256 + 3;
+  std::vector<std::uint8_t> under(4 * kWidth);
+  for (std::size_t i = 0; i < under.size(); ++i) under[i] = static_cast<std::uint8_t>(i / 4 + i % 4);
+  for (unsigned alpha = 0; alpha < 256; ++alpha) {
+    std::vector<std::uint8_t> row(4 * kWidth);
+    for (std::size_t i = 0; i < row.size(); ++i) row[i] = static_cast<std::uint8_t>(i % 4 == 3 ? alpha : i * alpha);
+    auto over = under;
+    auto expected = row;
+    auto expectedOver = under;
+    const unsigned channels[] = {alpha / 3, alpha, 255, alpha};
+    std::uint32_t pixel = 0;
+    for (unsigned c = 0; c < 4; ++c) pixel |= channels[c] << (8 * c);
+    for (std::size_t i = 0; i < row.size(); ++i) {
+      // 255 is odd: no quotient lies in the middle.
+      const unsigned shining = (2 * under[i] * (255 - alpha) + 255) / 510;
+      expected[i] = static_cast<std::uint8_t>(std::min(255U, row[i] + shining));
+      expectedOver[i] = static_cast<std::uint8_t>(std::min(255U, channels[i % 4] + shining));
+    }
+    ASSERT_TRUE(layUnder({under.data(), 1, kWidth, under.size()}, {row.data(), 1, kWidth, row.size()}));
+    layOver(pixel, {over.data(), 1, kWidth, over.size()});
+    ASSERT_EQ(row, expected) << alpha;
+    ASSERT_EQ(over, expectedOver) << alpha;
+  }
+  EXPECT_FALSE(layUnder({under.data(), 1, 3, 12}, {under.data(), 1, 4, 16})) << "different sizes";
+}
+
 }  // namespace
 }  // namespace quorvel

@@ -177,5 +177,51 @@ TEST(WebPReader, TakesNoMemoryForWhatAFileOnlyDeclares) {
   EXPECT_FALSE(read(file, {16'384, 16'384}, {10, 10}));
 }
 
+/// One colour packed without loss, in no bits at all: each of its five codes has a single symbol.
+Bytes flatFile(std::uint32_t width, std::uint32_t height) {
+  Bytes stream;
+  std::size_t used = 0;
+  const auto put = [&](std::uint32_t value, unsigned count) {
+    for (unsigned i = 0; i < count; ++i, ++used) {
+      if (used % 8 == 0) stream.push_back(0);
+      stream.back() = static_cast<std::uint8_t>(stream.back() | (value >> i & 1) << used % 8);
+    }
+  };
+  put(0x2F, 8);
+  put(width - 1, 14);
+  put(height - 1, 14);
+  put(0, 4);  // no alpha, version 0
+  put(0, 3);  // neither transform nor cache nor further codes
+  for (const std::uint32_t symbol : {0x30U, 0x20U, 0x10U, 0xFFU, 0U}) {  // green, red, blue, alpha, distance
+    put(0b101, 3);                                                       // simple, one symbol, of 8 bits
+    put(symbol, 8);
+  }
+  Bytes parts = {'W', 'E', 'B', 'P'};
+  addPart(parts, "VP8L", stream);
+  Bytes file;
+  addPart(file, "RIFF", parts);
+  return file;
+}
+
+TEST(WebPReader, RefusesWhatTheDecoderKeepsBeyondItsMemory) {
+  struct {
+    PixelSize size, wanted;
+    bool isRead;
+    const char* why;
+  } const rows[] = {
+      {{6000, 6000}, {6000, 6000}, true, "twice 36 million pixels"},
+      {{6000, 6200}, {6000, 6200}, false, "twice 37.2 million"},
+      {{6000, 6200}, {4500, 4650}, true, "too much to be shrunk from the whole picture: by the decoder"},
+      {{8000, 8000}, {100, 100}, true, "once, and little more"},
+      {{8000, 8000}, {4500, 4500}, false, "a result too large beside it"},
+  };
+  for (const auto& [size, wanted, isRead, why] : rows) {
+    const auto bitmap = read(flatFile(size.width, size.height), size, wanted);
+    ASSERT_EQ(bitmap != nullptr, isRead) << why;
+    if (!bitmap) continue;
+    EXPECT_EQ(test::pixelOf(*bitmap, wanted.width - 1, wanted.height - 1), 0xFF203010U) << why;
+  }
+}
+
 }  // namespace
 }  // namespace quorvel
