@@ -43,7 +43,7 @@ int main() {
   std::cout << std::boolalpha << "PNG by its bytes: " << isPNG(png) << ", JPEG: " << isJPG(jpeg)
             << ", an animation: " << isAnimatedGIF(png) << '\n';
 
-  auto source = CGImageSource::CGImageSourceCreateWithData(jpeg);
+  auto source = CGImageSource::withData(jpeg);
   std::cout << source->type() << ", " << source->pixelSize().width << " x " << source->pixelSize().height
             << " pixels\n";
   print(u"thumbnail of 100 pixels", UIImage(*source->thumbnail(100)));

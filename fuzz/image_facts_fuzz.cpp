@@ -56,7 +56,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   require(metadata(data) == imageProperties(file, facts), "one dictionary by either way");
   require(isAnimatedGIF(data) == (facts.format == ImageFormat::GIF && facts.isAnimated), "and one count of frames");
   require(isImageData(data) == (isPNG(data) || isJPG(data)), "two kinds are shown at once");
-  if (auto source = CGImageSource::CGImageSourceCreateWithData(data)) {
+  if (auto source = CGImageSource::withData(data)) {
     require(source->pixelSize() == PixelSize{facts.width, facts.height}, "and one size");
     require(source->type() == typeIdentifier(facts.format), "and one type");
   } else {

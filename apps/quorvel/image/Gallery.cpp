@@ -216,7 +216,7 @@ void addOrientations(ContactSheet& sheet, const UIImage& picture) {
   sheet.beginRow("thumbnails of files turned in the eight ways");
   for (unsigned exif = 1; exif <= 8; ++exif) {
     const auto file = fileTurned(picture, exif);
-    auto source = file ? CGImageSource::CGImageSourceCreateWithData(*file) : std::nullopt;
+    auto source = file ? CGImageSource::withData(*file) : std::nullopt;
     const auto thumbnail = source ? source->thumbnail(90) : std::nullopt;
     sheet.add("EXIF " + std::to_string(exif), thumbnail ? std::optional(UIImage(*thumbnail)) : nil);
   }

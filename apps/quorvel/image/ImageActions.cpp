@@ -125,13 +125,12 @@ MadeImage make(const ImageOptions& options, CGImageSource& source, const std::op
 std::optional<CGImageSource> sourceAt(const std::string& path) {
   if (const auto name = String::fromUTF8(path)) {
     const auto url = NSURL::fileURLWithPath(*name);
-    return url ? CGImageSource::CGImageSourceCreateWithURL(*url) : nil;
+    return url ? CGImageSource::withURL(*url) : nil;
   }
   // A name that is not UTF-8, as archives from elsewhere bring along, is none for a URL.
   const auto bytes = files::readAll(files::openRegularFile(path, files::Links::Followed), limits::kImageFileBytes);
   if (!bytes) return nil;
-  return CGImageSource::CGImageSourceCreateWithData(
-      Data({reinterpret_cast<const std::uint8_t*>(bytes->data()), bytes->size()}));
+  return CGImageSource::withData(Data({reinterpret_cast<const std::uint8_t*>(bytes->data()), bytes->size()}));
 }
 
 std::optional<Data> encoded(const CGImage& picture, OutputFormat format) {

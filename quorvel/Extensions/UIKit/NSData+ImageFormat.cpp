@@ -25,12 +25,12 @@ bool isJPG(const Data& data) {
 bool isPNG(const Data& data) { return beginsWith(data, {0x89, 'P', 'N', 'G'}); }
 
 bool isAnimatedGIF(const Data& data) {
-  auto source = CGImageSource::CGImageSourceCreateWithData(data);
+  auto source = CGImageSource::withData(data);
   return source && source->type() == u"com.compuserve.gif" && source->count() >= 2;
 }
 
 std::optional<Dictionary> metadata(const Data& data) {
-  auto source = CGImageSource::CGImageSourceCreateWithData(data);
+  auto source = CGImageSource::withData(data);
   return source ? source->properties() : std::nullopt;
 }
 

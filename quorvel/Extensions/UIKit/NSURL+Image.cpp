@@ -4,7 +4,7 @@
 namespace quorvel {
 
 CGSize imageFileDimensionSize(const NSURL& url) {
-  auto source = CGImageSource::CGImageSourceCreateWithURL(url);
+  auto source = CGImageSource::withURL(url);
   if (!source) return {};
   const PixelSize size = source->pixelSize();
   return {static_cast<double>(size.width), static_cast<double>(size.height)};

@@ -265,10 +265,9 @@ struct CGContext::Drawing {
 
   /// Draws an image whose pixels `toUser` brings into user space.
   void paintImage(const CGImage& whole, const cairo_matrix_t& toUserSpace) {
-    const auto& [image, toUser] = Placed(whole, state.transform, toUserSpace);
-    if (copyImage(image, toUser)) return;
-    paint(
-        [&image = image, &toUser = toUser, this](cairo_t* target) { placeImage(target, image, toUser, state.alpha); });
+    const Placed placed(whole, state.transform, toUserSpace);
+    if (copyImage(placed.image, placed.toUser)) return;
+    paint([&placed, this](cairo_t* target) { placeImage(target, placed.image, placed.toUser, state.alpha); });
   }
   /// What fills empty pixels one by one is copied; false when the image is not so.
   bool copyImage(const CGImage& image, const cairo_matrix_t& toUser) {

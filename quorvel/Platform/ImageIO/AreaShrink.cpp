@@ -84,7 +84,8 @@ struct Axis {
 /// a whole number, and the product with the rounded reciprocal errs by at most 256 / 2^23. Beyond, a mean that close to
 /// a half may go either way.
 void writeMeans(const std::int32_t* sums, std::size_t count, std::uint64_t divisor, std::uint8_t* to) {
-  const float offset = static_cast<float>(divisor / 2) + 0.5F;
+  const std::uint64_t half = divisor / 2;
+  const float offset = static_cast<float>(half) + 0.5F;
   const float reciprocal = 1.0F / static_cast<float>(divisor);
   for (std::size_t i = 0; i < count; ++i) {
     to[i] = static_cast<std::uint8_t>(static_cast<std::int32_t>((static_cast<float>(sums[i]) + offset) * reciprocal));
@@ -106,7 +107,8 @@ void narrowSums(const std::uint32_t* wide, std::size_t count, std::uint32_t tota
   const float factor = static_cast<float>(kNarrowWhole) / static_cast<float>(total);
   for (std::size_t i = 0; i < count; ++i) {
     const float sum = static_cast<float>(static_cast<std::int32_t>(wide[i]));
-    narrow[i] = static_cast<std::uint16_t>(static_cast<std::int32_t>(sum * factor + 0.5F));
+    const float rounded = sum * factor + 0.5F;  // positive, then cut: as the vectors do it
+    narrow[i] = static_cast<std::uint16_t>(static_cast<std::int32_t>(rounded));
   }
 }
 

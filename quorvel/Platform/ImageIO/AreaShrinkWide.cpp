@@ -65,7 +65,8 @@ QUORVEL_WIDE inline __m256i means(__m256i sums, __m256 offset, __m256 reciprocal
 template <std::size_t kPairs>
 QUORVEL_WIDE void writeMeans(const std::uint16_t* sums, const Columns& columns, std::uint64_t divisor,
                              std::uint8_t* to) {
-  const __m256 offset = _mm256_set1_ps(static_cast<float>(divisor / 2) + 0.5F);
+  const std::uint64_t half = divisor / 2;
+  const __m256 offset = _mm256_set1_ps(static_cast<float>(half) + 0.5F);
   const __m256 reciprocal = _mm256_set1_ps(1.0F / static_cast<float>(divisor));
   const std::size_t padded = (columns.count + kBlock - 1) / kBlock * kBlock;
   for (std::size_t pixel = 0; pixel < columns.count; pixel += kBlock) {

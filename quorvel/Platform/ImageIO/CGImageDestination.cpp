@@ -37,9 +37,11 @@ class JPEGEncoder {
   /// The one place to which libjpeg's errors come back; nothing that they skip may own anything.
   bool run(int percent) {
     info_.err = jpeg_std_error(&handlers_);
+    // NOLINTNEXTLINE(cert-err52-cpp): libjpeg is C, and its errors must not return
     handlers_.error_exit = [](j_common_ptr info) { std::longjmp(static_cast<Handlers*>(info->err)->back, 1); };
     handlers_.emit_message = [](j_common_ptr, int) {};
     handlers_.output_message = [](j_common_ptr) {};
+    // NOLINTNEXTLINE(cert-err52-cpp): where they come back
     if (setjmp(handlers_.back) != 0) return false;
     start(percent);
     while (info_.next_scanline < info_.image_height) {
@@ -77,6 +79,7 @@ class JPEGEncoder {
   /// libjpeg asks when all is written; the memory is ours at every moment, also when it fails meanwhile.
   void grow(std::size_t capacity) {
     void* const memory = std::realloc(memory_, capacity);
+    // NOLINTNEXTLINE(cert-err52-cpp): called by libjpeg
     if (!memory) std::longjmp(handlers_.back, 1);
     memory_ = static_cast<std::uint8_t*>(memory);
     target_.next_output_byte = memory_ + capacity_;
@@ -109,8 +112,7 @@ bool CGImageDestination::finalize() const {
          !replaceFile(path_, file->bytes(), {files::Links::Followed, FileReplacement::Metadata::Kept, kMode, {}});
 }
 
-std::optional<CGImageDestination> CGImageDestination::CGImageDestinationCreateWithURL(const NSURL& url, StringView type,
-                                                                                      std::size_t count) {
+std::optional<CGImageDestination> CGImageDestination::withURL(const NSURL& url, StringView type, std::size_t count) {
   if (!isFileURL(url) || type != StringView(kUTTypeJPEG) || count != 1) return std::nullopt;
   auto path = files::systemPath(url.path());
   if (!path) return std::nullopt;

@@ -29,9 +29,7 @@ class CGImageDestination {
  public:
   /// `CGImageDestinationCreateWithURL`: nil for what is no file URL, a type other than `kUTTypeJPEG`, and any count of
   /// images but 1. Nothing is opened yet.
-  [[nodiscard]] static std::optional<CGImageDestination> CGImageDestinationCreateWithURL(const NSURL& url,
-                                                                                         StringView type,
-                                                                                         std::size_t count);
+  [[nodiscard]] static std::optional<CGImageDestination> withURL(const NSURL& url, StringView type, std::size_t count);
   /// `CGImageDestinationAddImage`: the image that is written; the last one counts.
   void addImage(const CGImage& image) { image_ = image; }
   /// `CGImageDestinationFinalize`: writes the file in quality `kJPEGQuality`, so that the place holds the old file or

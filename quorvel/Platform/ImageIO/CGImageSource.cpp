@@ -30,12 +30,12 @@ std::optional<CGImageSource> CGImageSource::begun(CGImageSource source) {
   return isKnown(source.facts_) ? std::optional(std::move(source)) : std::nullopt;
 }
 
-std::optional<CGImageSource> CGImageSource::CGImageSourceCreateWithData(Data data) {
+std::optional<CGImageSource> CGImageSource::withData(Data data) {
   if (data.size() > limits::kImageFileBytes) return std::nullopt;
   return begun(CGImageSource(std::move(data)));
 }
 
-std::optional<CGImageSource> CGImageSource::CGImageSourceCreateWithURL(const NSURL& url) {
+std::optional<CGImageSource> CGImageSource::withURL(const NSURL& url) {
   FileDescriptor file = openImageFile(url);
   struct stat status{};
   if (!file.isOpen() || ::fstat(file.number(), &status) != 0) return std::nullopt;

@@ -16,10 +16,10 @@ namespace quorvel {
 class CGImageSource {
  public:
   /// `CGImageSourceCreateWithData`: nil when the bytes are no image, or more than `limits::kImageFileBytes`.
-  [[nodiscard]] static std::optional<CGImageSource> CGImageSourceCreateWithData(Data data);
+  [[nodiscard]] static std::optional<CGImageSource> withData(Data data);
   /// `CGImageSourceCreateWithURL`: the same of a file. Symbolic links are followed; nil also for a URL that is not of a
   /// file, for anything but a regular file, which is not even opened, and for one that cannot be read.
-  [[nodiscard]] static std::optional<CGImageSource> CGImageSourceCreateWithURL(const NSURL& url);
+  [[nodiscard]] static std::optional<CGImageSource> withURL(const NSURL& url);
 
   /// `CGImageSourceGetType`: the uniform type identifier, "public.jpeg".
   [[nodiscard]] StringView type() const;

@@ -16,7 +16,7 @@ namespace quorvel {
 /// Memory that nobody has written yet.
 struct RawBytes {
   struct Free {
-    void operator()(std::uint8_t* bytes) const { std::free(bytes); }
+    void operator()(std::uint8_t* memory) const { std::free(memory); }
   };
   std::unique_ptr<std::uint8_t, Free> bytes;
   std::size_t size = 0;

@@ -76,6 +76,7 @@ class JPEGDecoder {
   static JPEGDecoder& of(void* info) {
     return *static_cast<JPEGDecoder*>(static_cast<j_common_ptr>(info)->client_data);
   }
+  // NOLINTNEXTLINE(cert-err52-cpp): libjpeg is C, and its errors must not return
   static void fail(j_common_ptr info) { std::longjmp(static_cast<Handlers*>(info->err)->back, 1); }
   static void noteWarning(j_common_ptr info, int level);
   static void watch(j_common_ptr info);
@@ -108,6 +109,7 @@ class JPEGDecoder {
 };
 
 bool JPEGDecoder::attempt(void (JPEGDecoder::*step)()) {
+  // NOLINTNEXTLINE(cert-err52-cpp): where they come back
   if (setjmp(handlers_.back) != 0) return false;
   (this->*step)();
   return true;
@@ -321,7 +323,7 @@ std::uint32_t decodedEighths(PixelSize picture, PixelSize wanted) {
     const auto covers = [=](std::uint64_t part) {
       return width >= wanted.width * part && height >= wanted.height * part;
     };
-    const bool isExact = width == wanted.width * 8U && height == wanted.height * 8U;
+    const bool isExact = width == std::uint64_t{wanted.width} * 8 && height == std::uint64_t{wanted.height} * 8;
     if (isExact || covers(eighths < 4 ? 12 : 8)) return eighths;
   }
   return 8;

@@ -152,7 +152,7 @@ void PNGPixels::prepareColors(const PNGFile& png) {
   for (std::uint32_t i = 0; i <= greatest; ++i) {
     // Beyond the palette, the colours are opaque black.
     std::uint32_t pixel = isPalette ? kOpaque : grayPixel(i * 255 / greatest);
-    if (isPalette && 3 * i < png.palette.size()) {
+    if (isPalette && std::size_t{3} * i < png.palette.size()) {
       const std::uint8_t* const color = png.palette.data() + std::size_t{3} * i;
       pixel |= std::uint32_t{color[0]} << 16 | std::uint32_t{color[1]} << 8 | color[2];
     }

@@ -161,8 +161,8 @@ class RowWriter {
       std::uint8_t* const to = rows_.get() + top * (1 + size_);
       const std::uint8_t* const above = aboveOf(y);
       const std::uint8_t* const row = samples(y);
-      for (std::uint8_t filter = 0; filter < amounts.size(); ++filter) {
-        applyPNGFilter(filter, row, above, to, size_, step_);
+      for (std::size_t filter = 0; filter < amounts.size(); ++filter) {
+        applyPNGFilter(static_cast<std::uint8_t>(filter), row, above, to, size_, step_);
         for (std::size_t i = 0; i < size_; ++i) amounts[filter] += to[i] < 128 ? to[i] : 256U - to[i];
       }
     }

@@ -9,7 +9,7 @@ namespace quorvel {
 namespace {
 
 constexpr std::string_view kSpaces = " \t\r\n";
-constexpr auto npos = std::string_view::npos;
+constexpr auto kNowhere = std::string_view::npos;
 
 void skip(std::string_view& text, std::size_t count) { text.remove_prefix(std::min(count, text.size())); }
 void skipSpaces(std::string_view& text) { skip(text, text.find_first_not_of(kSpaces)); }
@@ -17,8 +17,8 @@ void skipSpaces(std::string_view& text) { skip(text, text.find_first_not_of(kSpa
 /// Past the next `end`; false when there is none.
 bool skipPast(std::string_view& text, std::string_view end) {
   const std::size_t at = text.find(end);
-  if (at != npos) skip(text, at + end.size());
-  return at != npos;
+  if (at != kNowhere) skip(text, at + end.size());
+  return at != kNowhere;
 }
 
 /// The place of the ">" that ends a tag or a document type: the first that stands neither in brackets nor in quotation
@@ -38,13 +38,13 @@ std::size_t findEndOfMark(std::string_view text) {
       return i;
     }
   }
-  return npos;
+  return kNowhere;
 }
 
 bool skipMark(std::string_view& text) {
   const std::size_t end = findEndOfMark(text);
-  if (end != npos) skip(text, end + 1);
-  return end != npos;
+  if (end != kNowhere) skip(text, end + 1);
+  return end != kNowhere;
 }
 
 /// The attributes of the root element, when that is "svg" and its tag ends.
@@ -64,10 +64,10 @@ std::optional<std::string_view> attributesOfRoot(ByteView file) {
   skip(text, 1);
   const std::size_t end = text.find_first_of(" \t\r\n/>");
   const std::string_view name = text.substr(0, end);
-  if (end == npos || name.substr(name.find(':') + 1) != "svg") return std::nullopt;
+  if (end == kNowhere || name.substr(name.find(':') + 1) != "svg") return std::nullopt;
   skip(text, end);
   const std::size_t close = findEndOfMark(text);
-  return close == npos ? std::nullopt : std::optional(text.substr(0, close + 1));
+  return close == kNowhere ? std::nullopt : std::optional(text.substr(0, close + 1));
 }
 
 /// The value of an attribute of the element whose attributes these are.
@@ -75,7 +75,7 @@ std::optional<std::string_view> attribute(std::string_view text, std::string_vie
   for (;;) {
     skipSpaces(text);
     const std::size_t end = text.find_first_of("= \t\r\n/>");
-    if (end == npos || end == 0) return std::nullopt;
+    if (end == kNowhere || end == 0) return std::nullopt;
     const std::string_view name = text.substr(0, end);
     skip(text, end);
     skipSpaces(text);
@@ -84,7 +84,7 @@ std::optional<std::string_view> attribute(std::string_view text, std::string_vie
     skipSpaces(text);
     if (text.empty() || (text[0] != '"' && text[0] != '\'')) return std::nullopt;
     const std::size_t close = text.find(text[0], 1);
-    if (close == npos) return std::nullopt;
+    if (close == kNowhere) return std::nullopt;
     if (name == wanted) return text.substr(1, close - 1);
     skip(text, close + 1);
   }

@@ -5,32 +5,30 @@
 namespace quorvel {
 namespace {
 
-enum Tag : std::uint16_t {
-  kWidth = 256,
-  kHeight = 257,
-  kBitsPerSample = 258,
-  kPhotometric = 262,
-  kOrientation = 274,
-  kExtraSamples = 338,
-  kProfile = 34675,
-};
+// Tags.
+constexpr std::uint16_t kWidth = 256;
+constexpr std::uint16_t kHeight = 257;
+constexpr std::uint16_t kBitsPerSample = 258;
+constexpr std::uint16_t kPhotometric = 262;
+constexpr std::uint16_t kOrientation = 274;
+constexpr std::uint16_t kExtraSamples = 338;
+constexpr std::uint16_t kProfile = 34675;
 
-enum Type : std::uint16_t {
-  kByte = 1,
-  kShort = 3,
-  kLong = 4,
-  kRational = 5,
-  kSignedByte = 6,
-  kSignedShort = 8,
-  kSignedLong = 9,
-  kSignedRational = 10,
-  kFloat = 11,
-  kDouble = 12,
-  kDirectory = 13,
-  kLong8 = 16,
-  kSignedLong8 = 17,
-  kDirectory8 = 18,
-};
+// Types of values.
+constexpr std::uint16_t kByte = 1;
+constexpr std::uint16_t kShort = 3;
+constexpr std::uint16_t kLong = 4;
+constexpr std::uint16_t kRational = 5;
+constexpr std::uint16_t kSignedByte = 6;
+constexpr std::uint16_t kSignedShort = 8;
+constexpr std::uint16_t kSignedLong = 9;
+constexpr std::uint16_t kSignedRational = 10;
+constexpr std::uint16_t kFloat = 11;
+constexpr std::uint16_t kDouble = 12;
+constexpr std::uint16_t kDirectory = 13;
+constexpr std::uint16_t kLong8 = 16;
+constexpr std::uint16_t kSignedLong8 = 17;
+constexpr std::uint16_t kDirectory8 = 18;
 
 /// Bytes of one value of a type; 0 for a type that is none.
 constexpr std::uint8_t kSizes[] = {0, 1, 1, 2, 4, 8, 1, 1, 2, 4, 8, 4, 8, 4, 0, 0, 8, 8, 8};

@@ -30,7 +30,7 @@ void CALayer::removeFromSuperlayer() {
   const std::shared_ptr<CALayer> above = superlayer();
   superlayer_.reset();
   // The superlayer may hold the last reference.
-  if (above) std::erase_if(above->sublayers_, [this, self = shared_from_this()](const auto& it) { return it == self; });
+  if (above) std::erase_if(above->sublayers_, [self = shared_from_this()](const auto& it) { return it == self; });
 }
 
 void CALayer::renderInContext(CGContext& context) const {

@@ -84,7 +84,7 @@ Kept& kept() {
 
 std::optional<UIImage> decoded(const std::string& path, double scale) {
   const auto url = NSURL::fileURLWithPath(String::fromUTF8(path));
-  auto source = url ? CGImageSource::CGImageSourceCreateWithURL(*url) : std::nullopt;
+  auto source = url ? CGImageSource::withURL(*url) : std::nullopt;
   if (!source) return std::nullopt;
   auto bitmap = source->image();
   if (!bitmap) return std::nullopt;

@@ -85,8 +85,7 @@ TEST(CGImageDestination, TakesFileURLsAndOneJPEG) {
       {u"file:///tmp/%00.jpg", kUTTypeJPEG, 1, false}, {u"FILE:///tmp/a.jpg", kUTTypeJPEG, 1, true},
   };
   for (const auto& [url, type, count, isTaken] : rows) {
-    EXPECT_EQ(CGImageDestination::CGImageDestinationCreateWithURL(*NSURL::withString(url), type, count).has_value(),
-              isTaken)
+    EXPECT_EQ(CGImageDestination::withURL(*NSURL::withString(url), type, count).has_value(), isTaken)
         << String(url) << " " << count;
   }
 }
@@ -98,7 +97,7 @@ TEST(CGImageDestination, ReplacesTheWholeFileOrNothing) {
   ::chmod(path.c_str(), 0640);
   const CGImage image(bitmapOf(test::photograph(300, 200)));
 
-  auto writer = CGImageDestination::CGImageDestinationCreateWithURL(urlOf(path), kUTTypeJPEG, 1);
+  auto writer = CGImageDestination::withURL(urlOf(path), kUTTypeJPEG, 1);
   ASSERT_TRUE(writer);
   EXPECT_FALSE(writer->finalize()) << "no image";
   writer->addImage(CGImage());
@@ -111,7 +110,7 @@ TEST(CGImageDestination, ReplacesTheWholeFileOrNothing) {
   EXPECT_EQ(test::modeOf(path), S_IFREG | 0640U);
   EXPECT_EQ(test::namesIn(folder.path()), "photo.jpg");
 
-  writer = CGImageDestination::CGImageDestinationCreateWithURL(urlOf(folder.path("none/photo.jpg")), kUTTypeJPEG, 1);
+  writer = CGImageDestination::withURL(urlOf(folder.path("none/photo.jpg")), kUTTypeJPEG, 1);
   writer->addImage(image);
   EXPECT_FALSE(writer->finalize()) << "no folder";
 }

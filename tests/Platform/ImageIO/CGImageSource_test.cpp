@@ -14,7 +14,7 @@ using namespace test;
 std::string_view textOf(const FileBytes& bytes) { return {reinterpret_cast<const char*>(bytes.data()), bytes.size()}; }
 
 std::optional<CGImageSource> sourceOf(const std::string& path) {
-  return CGImageSource::CGImageSourceCreateWithURL(*NSURL::fileURLWithPath(String::fromUTF8(path)));
+  return CGImageSource::withURL(*NSURL::fileURLWithPath(String::fromUTF8(path)));
 }
 
 /// Files whose facts lie in the first step of reading, in the second, and behind both.
@@ -56,7 +56,7 @@ TEST(CGImageSource, AnswersTheSameOfAFileAndOfItsBytes) {
   const TemporaryFolder folder;
   for (const auto& [what, file, type, count] : rows) {
     writeFile(folder.path("image"), textOf(file));
-    auto bytes = CGImageSource::CGImageSourceCreateWithData(Data(file));
+    auto bytes = CGImageSource::withData(Data(file));
     ASSERT_TRUE(bytes) << what;
     // A source for each question, since an answer may leave more read for the next.
     EXPECT_EQ(sourceOf(folder.path("image"))->type(), type) << what;
@@ -81,8 +81,7 @@ TEST(CGImageSource, OpensRegularFilesOfURLsOnly) {
     EXPECT_EQ(isOpened, isFile) << planted.what;
   }
   const auto source = [&](const std::string& scheme) {
-    return CGImageSource::CGImageSourceCreateWithURL(
-        *NSURL::withString(String::fromUTF8(scheme + folder.path("victim"))));
+    return CGImageSource::withURL(*NSURL::withString(String::fromUTF8(scheme + folder.path("victim"))));
   };
   EXPECT_TRUE(source("FILE://"));
   EXPECT_FALSE(source("http://h"));
@@ -95,7 +94,7 @@ TEST(CGImageSource, RefusesWhatIsNoImageOrTooLarge) {
   for (const char* text : {"", "G", "no image at all"}) {
     writeFile(folder.path("text"), text);
     EXPECT_FALSE(sourceOf(folder.path("text"))) << text;
-    EXPECT_FALSE(CGImageSource::CGImageSourceCreateWithData(Data(textBytes(text)))) << text;
+    EXPECT_FALSE(CGImageSource::withData(Data(textBytes(text)))) << text;
   }
   writeFile(folder.path("large"), textOf(pngFile(3, 4)));
   std::filesystem::resize_file(folder.path("large"), limits::kImageFileBytes);
@@ -105,11 +104,11 @@ TEST(CGImageSource, RefusesWhatIsNoImageOrTooLarge) {
 }
 
 TEST(CGImageSource, NoPicturesOfWhatHasNone) {
-  auto bomb = CGImageSource::CGImageSourceCreateWithData(Data(pngFile(60'000, 60'000)));
+  auto bomb = CGImageSource::withData(Data(pngFile(60'000, 60'000)));
   EXPECT_EQ(bomb->pixelSize(), (PixelSize{60'000, 60'000}));
   EXPECT_FALSE(bomb->thumbnail(100)) << "beyond the limits";
   EXPECT_FALSE(bomb->image());
-  auto document = CGImageSource::CGImageSourceCreateWithData(Data(textBytes("%PDF-1.4")));
+  auto document = CGImageSource::withData(Data(textBytes("%PDF-1.4")));
   EXPECT_EQ(document->type(), u"com.adobe.pdf");
   EXPECT_EQ(document->properties(), Dictionary());
   EXPECT_FALSE(document->thumbnail(100));

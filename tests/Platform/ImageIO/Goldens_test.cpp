@@ -318,7 +318,7 @@ void addWrittenPNGs(Outputs& outputs) {
 
 template <class Bytes>
 void addDecoded(Outputs& outputs, const std::string& name, const Bytes& file) {
-  auto source = CGImageSource::CGImageSourceCreateWithData(Data(std::span<const std::uint8_t>(file)));
+  auto source = CGImageSource::withData(Data(std::span<const std::uint8_t>(file)));
   ASSERT_TRUE(source) << name;
   const auto whole = source->image();
   const auto small = source->thumbnail(9);

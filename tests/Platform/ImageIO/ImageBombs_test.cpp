@@ -334,7 +334,7 @@ Cost askEverything(const Data& file) {
   ::close(reset);
   const long before = statusOf("VmRSS:");
   const double start = processorTime();
-  if (auto source = CGImageSource::CGImageSourceCreateWithData(file)) {
+  if (auto source = CGImageSource::withData(file)) {
     (void)source->count();
     if (source->properties()) cost.answer |= Known;
     if (source->thumbnail(100)) cost.answer |= Thumbnail;

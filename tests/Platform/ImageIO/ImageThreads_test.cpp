@@ -55,7 +55,7 @@ Pixels of(const std::optional<Data>& data) {
 }
 
 Pixels decoded(const Data& data) {
-  auto source = CGImageSource::CGImageSourceCreateWithData(data);
+  auto source = CGImageSource::withData(data);
   if (!source || !source->properties()) return {};
   return of(source->thumbnail(13)) + of(source->image());
 }
@@ -79,7 +79,7 @@ Pixels onDisk(const Shared& shared, const std::string& folder) {
   static std::atomic<int> count = 0;
   const std::string path = folder + "/" + std::to_string(count++) + ".jpg";
   const auto url = NSURL::fileURLWithPath(String::fromUTF8Replacing(path));
-  auto destination = CGImageDestination::CGImageDestinationCreateWithURL(*url, kUTTypeJPEG, 1);
+  auto destination = CGImageDestination::withURL(*url, kUTTypeJPEG, 1);
   if (!destination) return {};
   destination->addImage(shared.image.bitmap());
   if (!destination->finalize() || !resizeImageAtPixel(*url, 20)) return {};
@@ -89,7 +89,7 @@ Pixels onDisk(const Shared& shared, const std::string& folder) {
 /// What a file says is remembered for the whole process, so that the threads meet there.
 Pixels named(const Shared&, const std::string& folder) {
   const auto url = NSURL::fileURLWithPath(String::fromUTF8Replacing(folder + "/shared.png"));
-  auto source = CGImageSource::CGImageSourceCreateWithURL(*url);
+  auto source = CGImageSource::withURL(*url);
   return source ? of(source->thumbnail(10)) : Pixels();
 }
 

@@ -58,8 +58,7 @@ std::string quartersJPEG(const test::FileBytes& block) {
 }
 
 CGImage imageOf(const std::string& bytes) {
-  auto source = CGImageSource::CGImageSourceCreateWithData(
-      Data({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()}));
+  auto source = CGImageSource::withData(Data({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()}));
   return source ? source->image().value_or(CGImage()) : CGImage();
 }
 
@@ -170,8 +169,7 @@ TEST(ImageCommand, TurnsUprightAndWritesTheFormatThatIsMeant) {
     all.push_back(folder.path("p.jpg"));
     EXPECT_EQ(runCommand(all).status, 0) << why;
     const std::string bytes = readFile(folder.path(name));
-    auto source = CGImageSource::CGImageSourceCreateWithData(
-        Data({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()}));
+    auto source = CGImageSource::withData(Data({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()}));
     ASSERT_TRUE(source) << why;
     EXPECT_EQ(String(source->type()).toUTF8Replacing(), type) << why;
     const UIImage image(source->image().value_or(CGImage()));
