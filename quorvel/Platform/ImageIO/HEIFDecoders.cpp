@@ -2,11 +2,11 @@
 #include <cstring>
 #include <memory>
 
-#include <dlfcn.h>
 #include <libde265/de265.h>
 #include <libheif/heif.h>
 #include <libheif/heif_plugin.h>
 
+#include <quorvel/Platform/Foundation/LoadedLibrary.h>
 #include <quorvel/Platform/ImageIO/HEIFDecoders.h>
 #include <quorvel/Platform/ImageIO/HEVCParameters.h>
 
@@ -19,53 +19,47 @@ constexpr int kPriority = 200;
 constexpr std::uint64_t kLengthBytes = 4;
 
 /// The functions of both libraries, found by name.
-struct Functions {
-  void* heif;
-  void* de265 = ::dlopen("libde265.so.0", RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
-  bool complete = de265 != nullptr;
-
-  template <class Function>
-  Function* find(void* handle, const char* name, Function* /*type*/) {
-    void* const symbol = handle ? ::dlsym(handle, name) : nullptr;
-    complete = complete && symbol != nullptr;
-    return reinterpret_cast<Function*>(symbol);
-  }
-// NOLINTBEGIN(readability-identifier-naming,bugprone-macro-parentheses): the members are called as what they point at
-#define QUORVEL_FUNCTION(library, name) \
-  decltype(&::name) name = find(library, #name, static_cast<decltype(&::name)>(nullptr))
-  QUORVEL_FUNCTION(heif, heif_register_decoder_plugin);
-  QUORVEL_FUNCTION(heif, heif_image_create);
-  QUORVEL_FUNCTION(heif, heif_image_release);
-  QUORVEL_FUNCTION(heif, heif_image_add_plane);
-  QUORVEL_FUNCTION(heif, heif_image_get_plane);
-  QUORVEL_FUNCTION(heif, heif_nclx_color_profile_alloc);
-  QUORVEL_FUNCTION(heif, heif_nclx_color_profile_free);
-  QUORVEL_FUNCTION(heif, heif_nclx_color_profile_set_color_primaries);
-  QUORVEL_FUNCTION(heif, heif_nclx_color_profile_set_transfer_characteristics);
-  QUORVEL_FUNCTION(heif, heif_nclx_color_profile_set_matrix_coefficients);
-  QUORVEL_FUNCTION(heif, heif_image_set_nclx_color_profile);
-  QUORVEL_FUNCTION(de265, de265_new_decoder);
-  QUORVEL_FUNCTION(de265, de265_free_decoder);
-  QUORVEL_FUNCTION(de265, de265_push_NAL);
-  QUORVEL_FUNCTION(de265, de265_flush_data);
-  QUORVEL_FUNCTION(de265, de265_decode);
-  QUORVEL_FUNCTION(de265, de265_get_next_picture);
-  QUORVEL_FUNCTION(de265, de265_get_chroma_format);
-  QUORVEL_FUNCTION(de265, de265_get_image_width);
-  QUORVEL_FUNCTION(de265, de265_get_image_height);
-  QUORVEL_FUNCTION(de265, de265_get_bits_per_pixel);
-  QUORVEL_FUNCTION(de265, de265_get_image_plane);
-  QUORVEL_FUNCTION(de265, de265_get_image_full_range_flag);
-  QUORVEL_FUNCTION(de265, de265_get_image_colour_primaries);
-  QUORVEL_FUNCTION(de265, de265_get_image_transfer_characteristics);
-  QUORVEL_FUNCTION(de265, de265_get_image_matrix_coefficients);
-#undef QUORVEL_FUNCTION
-  // NOLINTEND(readability-identifier-naming,bugprone-macro-parentheses)
+struct HEIFFunctions : LoadedLibrary {
+  // NOLINTBEGIN(readability-identifier-naming): the members are called as what they point at
+  HEIFFunctions() : LoadedLibrary("libheif.so.1") {}
+  QUORVEL_FUNCTION(heif_register_decoder_plugin);
+  QUORVEL_FUNCTION(heif_image_create);
+  QUORVEL_FUNCTION(heif_image_release);
+  QUORVEL_FUNCTION(heif_image_add_plane);
+  QUORVEL_FUNCTION(heif_image_get_plane);
+  QUORVEL_FUNCTION(heif_nclx_color_profile_alloc);
+  QUORVEL_FUNCTION(heif_nclx_color_profile_free);
+  QUORVEL_FUNCTION(heif_nclx_color_profile_set_color_primaries);
+  QUORVEL_FUNCTION(heif_nclx_color_profile_set_transfer_characteristics);
+  QUORVEL_FUNCTION(heif_nclx_color_profile_set_matrix_coefficients);
+  QUORVEL_FUNCTION(heif_image_set_nclx_color_profile);
+};
+struct HEVCFunctions : LoadedLibrary {
+  HEVCFunctions() : LoadedLibrary("libde265.so.0") {}
+  QUORVEL_FUNCTION(de265_new_decoder);
+  QUORVEL_FUNCTION(de265_free_decoder);
+  QUORVEL_FUNCTION(de265_push_NAL);
+  QUORVEL_FUNCTION(de265_flush_data);
+  QUORVEL_FUNCTION(de265_decode);
+  QUORVEL_FUNCTION(de265_get_next_picture);
+  QUORVEL_FUNCTION(de265_get_chroma_format);
+  QUORVEL_FUNCTION(de265_get_image_width);
+  QUORVEL_FUNCTION(de265_get_image_height);
+  QUORVEL_FUNCTION(de265_get_bits_per_pixel);
+  QUORVEL_FUNCTION(de265_get_image_plane);
+  QUORVEL_FUNCTION(de265_get_image_full_range_flag);
+  QUORVEL_FUNCTION(de265_get_image_colour_primaries);
+  QUORVEL_FUNCTION(de265_get_image_transfer_characteristics);
+  QUORVEL_FUNCTION(de265_get_image_matrix_coefficients);
+  // NOLINTEND(readability-identifier-naming)
 };
 
-/// The first call says where libheif is.
-const Functions& functions(void* libheif = nullptr) {
-  static const Functions found{libheif};
+const HEIFFunctions& heif() {
+  static const HEIFFunctions found;
+  return found;
+}
+const HEVCFunctions& hevc() {
+  static const HEVCFunctions found;
   return found;
 }
 
@@ -83,22 +77,20 @@ bool push(de265_decoder_context* decoder, ByteView stream) {
     const HEVCUnit kind = kindOfHEVCUnit(unit);
     if (kind == HEVCUnit::UnsoundParameters) return false;
     if (kind == HEVCUnit::Foreign) continue;
-    if (functions().de265_push_NAL(decoder, unit.data(), static_cast<int>(length), 0, nullptr) != DE265_OK)
-      return false;
+    if (hevc().de265_push_NAL(decoder, unit.data(), static_cast<int>(length), 0, nullptr) != DE265_OK) return false;
   }
   return true;
 }
 
 bool copyPlane(const de265_image* from, int plane, heif_image* to, heif_channel channel) {
-  const Functions& f = functions();
-  const int width = f.de265_get_image_width(from, plane);
-  const int height = f.de265_get_image_height(from, plane);
-  const int depth = f.de265_get_bits_per_pixel(from, plane);
-  if (f.heif_image_add_plane(to, channel, width, height, depth).code != 0) return false;
+  const int width = hevc().de265_get_image_width(from, plane);
+  const int height = hevc().de265_get_image_height(from, plane);
+  const int depth = hevc().de265_get_bits_per_pixel(from, plane);
+  if (heif().heif_image_add_plane(to, channel, width, height, depth).code != 0) return false;
   int fromStride = 0;
   int toStride = 0;
-  const std::uint8_t* source = f.de265_get_image_plane(from, plane, &fromStride);
-  std::uint8_t* target = f.heif_image_get_plane(to, channel, &toStride);
+  const std::uint8_t* source = hevc().de265_get_image_plane(from, plane, &fromStride);
+  std::uint8_t* target = heif().heif_image_get_plane(to, channel, &toStride);
   if (!source || !target) return false;
   const std::size_t rowBytes = static_cast<std::size_t>(width) * (depth > 8 ? 2 : 1);
   for (int y = 0; y < height; ++y, source += fromStride, target += toStride) std::memcpy(target, source, rowBytes);
@@ -106,48 +98,47 @@ bool copyPlane(const de265_image* from, int plane, heif_image* to, heif_channel 
 }
 
 void copyColors(const de265_image* from, heif_image* to) {
-  const Functions& f = functions();
-  const std::unique_ptr<heif_color_profile_nclx, decltype(f.heif_nclx_color_profile_free)> colors(
-      f.heif_nclx_color_profile_alloc(), f.heif_nclx_color_profile_free);
+  const std::unique_ptr<heif_color_profile_nclx, decltype(heif().heif_nclx_color_profile_free)> colors(
+      heif().heif_nclx_color_profile_alloc(), heif().heif_nclx_color_profile_free);
   if (!colors) return;
   const auto number = [from](auto get) { return static_cast<std::uint16_t>(get(from)); };
-  colors->full_range_flag = f.de265_get_image_full_range_flag(from) != 0;
-  f.heif_nclx_color_profile_set_color_primaries(colors.get(), number(f.de265_get_image_colour_primaries));
-  f.heif_nclx_color_profile_set_transfer_characteristics(colors.get(),
-                                                         number(f.de265_get_image_transfer_characteristics));
-  f.heif_nclx_color_profile_set_matrix_coefficients(colors.get(), number(f.de265_get_image_matrix_coefficients));
-  f.heif_image_set_nclx_color_profile(to, colors.get());
+  colors->full_range_flag = hevc().de265_get_image_full_range_flag(from) != 0;
+  heif().heif_nclx_color_profile_set_color_primaries(colors.get(), number(hevc().de265_get_image_colour_primaries));
+  heif().heif_nclx_color_profile_set_transfer_characteristics(colors.get(),
+                                                              number(hevc().de265_get_image_transfer_characteristics));
+  heif().heif_nclx_color_profile_set_matrix_coefficients(colors.get(),
+                                                         number(hevc().de265_get_image_matrix_coefficients));
+  heif().heif_image_set_nclx_color_profile(to, colors.get());
 }
 
 /// nullptr for what libheif does not take.
 heif_image* copied(const de265_image* from) {
-  const Functions& f = functions();
-  const de265_chroma chroma = f.de265_get_chroma_format(from);
+  const de265_chroma chroma = hevc().de265_get_chroma_format(from);
   const bool isGray = chroma == de265_chroma_mono;
   heif_image* to = nullptr;
   // Both libraries count the formats of chroma alike.
-  if (f.heif_image_create(f.de265_get_image_width(from, 0), f.de265_get_image_height(from, 0),
-                          isGray ? heif_colorspace_monochrome : heif_colorspace_YCbCr,
-                          isGray ? heif_chroma_monochrome : static_cast<heif_chroma>(chroma), &to)
+  if (heif()
+          .heif_image_create(hevc().de265_get_image_width(from, 0), hevc().de265_get_image_height(from, 0),
+                             isGray ? heif_colorspace_monochrome : heif_colorspace_YCbCr,
+                             isGray ? heif_chroma_monochrome : static_cast<heif_chroma>(chroma), &to)
           .code != 0) {
     return nullptr;
   }
   bool isWhole = copyPlane(from, 0, to, heif_channel_Y);
   isWhole = isWhole && (isGray || (copyPlane(from, 1, to, heif_channel_Cb) && copyPlane(from, 2, to, heif_channel_Cr)));
-  if (!isWhole) return f.heif_image_release(to), nullptr;
+  if (!isWhole) return heif().heif_image_release(to), nullptr;
   copyColors(from, to);
   return to;
 }
 
 heif_error decode(de265_decoder_context* decoder, heif_image** result) {
-  const Functions& f = functions();
   *result = nullptr;
-  if (f.de265_flush_data(decoder) != DE265_OK) return failed();
+  if (hevc().de265_flush_data(decoder) != DE265_OK) return failed();
   int more = 1;
   while (more && !*result) {
     more = 0;
-    if (f.de265_decode(decoder, &more) != DE265_OK) break;
-    if (const de265_image* const picture = f.de265_get_next_picture(decoder)) *result = copied(picture);
+    if (hevc().de265_decode(decoder, &more) != DE265_OK) break;
+    if (const de265_image* const picture = hevc().de265_get_next_picture(decoder)) *result = copied(picture);
   }
   return *result ? done() : failed();
 }
@@ -161,10 +152,10 @@ constexpr heif_decoder_plugin kPlugin = {
         [](heif_compression_format format) { return format == heif_compression_HEVC ? kPriority : 0; },
     .new_decoder =
         [](void** decoder) {
-          *decoder = functions().de265_new_decoder();
+          *decoder = hevc().de265_new_decoder();
           return *decoder ? done() : failed();
         },
-    .free_decoder = [](void* decoder) { (void)functions().de265_free_decoder(decoder); },
+    .free_decoder = [](void* decoder) { (void)hevc().de265_free_decoder(decoder); },
     .push_data =
         [](void* decoder, const void* bytes, std::size_t size) {
           const ImageBytes stream(static_cast<const std::uint8_t*>(bytes), size);
@@ -177,9 +168,8 @@ constexpr heif_decoder_plugin kPlugin = {
 
 }  // namespace
 
-bool addSilentHEVCDecoder(void* libheif) {
-  const Functions& f = functions(libheif);
-  return f.complete && f.heif_register_decoder_plugin(&kPlugin).code == 0;
+bool addSilentHEVCDecoder() {
+  return heif().isComplete() && hevc().isComplete() && heif().heif_register_decoder_plugin(&kPlugin).code == 0;
 }
 
 }  // namespace quorvel

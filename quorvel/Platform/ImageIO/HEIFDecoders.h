@@ -4,9 +4,9 @@
 
 namespace quorvel {
 
-/// Gives the loaded libheif a decoder over the same libde265 as its own, and preferred to that. Parameters that
+/// Gives libheif a decoder over the same libde265 as its own, and preferred to that. Parameters that
 /// libde265 would print a line about do not reach it, nor do pictures beyond our limits. Decodes in the calling thread.
 /// False where one of the libraries is missing.
-bool addSilentHEVCDecoder(void* libheif);
+bool addSilentHEVCDecoder();
 
 }  // namespace quorvel

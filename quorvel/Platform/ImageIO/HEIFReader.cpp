@@ -1,9 +1,9 @@
 #include <algorithm>
 
-#include <dlfcn.h>
 #include <libheif/heif.h>
 
 #include <quorvel/Platform/Foundation/Limits.h>
+#include <quorvel/Platform/Foundation/LoadedLibrary.h>
 #include <quorvel/Platform/ImageIO/EmbeddedProfile.h>
 #include <quorvel/Platform/ImageIO/HEIFDecoders.h>
 #include <quorvel/Platform/ImageIO/HEIFReader.h>
@@ -20,18 +20,9 @@ constexpr int kLongestSide = 10'000;
 static_assert(std::int64_t{kLongestSide} * kLongestSide <= limits::kImagePixels);
 
 /// The functions of libheif, found by name.
-struct Functions {
-  void* handle = ::dlopen("libheif.so.1", RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
-  bool complete = handle != nullptr;
-
-  template <class Function>
-  Function* find(const char* name, Function* /*type*/) {
-    void* const symbol = handle ? ::dlsym(handle, name) : nullptr;
-    complete = complete && symbol != nullptr;
-    return reinterpret_cast<Function*>(symbol);
-  }
-// NOLINTBEGIN(readability-identifier-naming,bugprone-macro-parentheses): the members are called as what they point at
-#define QUORVEL_FUNCTION(name) decltype(&::name) name = find(#name, static_cast<decltype(&::name)>(nullptr))
+struct Functions : LoadedLibrary {
+  // NOLINTBEGIN(readability-identifier-naming): the members are called as what they point at
+  Functions() : LoadedLibrary("libheif.so.1") {}
   QUORVEL_FUNCTION(heif_context_alloc);
   QUORVEL_FUNCTION(heif_context_free);
   QUORVEL_FUNCTION(heif_context_set_maximum_image_size_limit);
@@ -49,9 +40,8 @@ struct Functions {
   QUORVEL_FUNCTION(heif_image_get_plane_readonly);
   QUORVEL_FUNCTION(heif_decoding_options_alloc);
   QUORVEL_FUNCTION(heif_decoding_options_free);
-#undef QUORVEL_FUNCTION
-  // NOLINTEND(readability-identifier-naming,bugprone-macro-parentheses)
-  bool isSilent = complete && addSilentHEVCDecoder(handle);
+  // NOLINTEND(readability-identifier-naming)
+  bool isSilent = isComplete() && addSilentHEVCDecoder();
 };
 
 const Functions& functions() {
@@ -148,7 +138,7 @@ class PrimaryImage {
 std::shared_ptr<CGBitmap> readHEIF(ImageBytes file, const ImageFacts& facts, PixelSize wanted, const ImageWork& work) {
   const Functions& f = functions();
   const std::uint64_t bytes = std::uint64_t{facts.width} * facts.height * kPixel;
-  if (!f.complete || bytes > limits::kImageDecodedBytes) return nullptr;
+  if (!f.isComplete() || bytes > limits::kImageDecodedBytes) return nullptr;
   PrimaryImage image(f, file);
   // The library's quarter turns are in its sides already, the facts' may be those before.
   const PixelSize size = image.size();

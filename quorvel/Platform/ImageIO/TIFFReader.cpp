@@ -2,10 +2,10 @@
 #include <bit>
 #include <cstring>
 
-#include <dlfcn.h>
 #include <tiffio.h>
 
 #include <quorvel/Platform/Foundation/Limits.h>
+#include <quorvel/Platform/Foundation/LoadedLibrary.h>
 #include <quorvel/Platform/ImageIO/EmbeddedProfile.h>
 #include <quorvel/Platform/ImageIO/Inflater.h>
 #include <quorvel/Platform/ImageIO/PixelRows.h>
@@ -19,18 +19,9 @@ constexpr std::size_t kPixel = 4;
 constexpr std::uint32_t kBand = 64;
 
 /// The functions of libtiff, found by name.
-struct Functions {
-  void* handle = ::dlopen("libtiff.so.6", RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
-  bool complete = handle != nullptr;
-
-  template <class Function>
-  Function* find(const char* name, Function* /*type*/) {
-    void* const symbol = handle ? ::dlsym(handle, name) : nullptr;
-    complete = complete && symbol != nullptr;
-    return reinterpret_cast<Function*>(symbol);
-  }
-// NOLINTBEGIN(readability-identifier-naming,bugprone-macro-parentheses): the members are called as what they point at
-#define QUORVEL_FUNCTION(name) decltype(&::name) name = find(#name, static_cast<decltype(&::name)>(nullptr))
+struct Functions : LoadedLibrary {
+  // NOLINTBEGIN(readability-identifier-naming): the members are called as what they point at
+  Functions() : LoadedLibrary("libtiff.so.6") {}
   QUORVEL_FUNCTION(TIFFOpenOptionsAlloc);
   QUORVEL_FUNCTION(TIFFOpenOptionsFree);
   QUORVEL_FUNCTION(TIFFOpenOptionsSetMaxSingleMemAlloc);
@@ -44,8 +35,7 @@ struct Functions {
   QUORVEL_FUNCTION(TIFFRGBAImageBegin);
   QUORVEL_FUNCTION(TIFFRGBAImageGet);
   QUORVEL_FUNCTION(TIFFRGBAImageEnd);
-#undef QUORVEL_FUNCTION
-  // NOLINTEND(readability-identifier-naming,bugprone-macro-parentheses)
+  // NOLINTEND(readability-identifier-naming)
 };
 
 const Functions& functions() {
@@ -186,7 +176,7 @@ bool readBands(Page& page, PixelRows& result, const ImageWork& work) {
 
 std::shared_ptr<CGBitmap> readTIFF(ImageBytes file, const ImageFacts& facts, PixelSize wanted, const ImageWork& work) {
   const Functions& f = functions();
-  if (!f.complete) return nullptr;
+  if (!f.isComplete()) return nullptr;
   Page page(f, file);
   if (!page.isReadable() || page.size() != PixelSize{facts.width, facts.height}) return nullptr;
   auto result = PixelRows::make(page.size(), wanted);

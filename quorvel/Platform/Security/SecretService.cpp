@@ -2,10 +2,10 @@
 #include <memory>
 #include <mutex>
 
-#include <dlfcn.h>
 #include <libsecret/secret.h>
 
 #include <quorvel/Platform/Foundation/Base64.h>
+#include <quorvel/Platform/Foundation/LoadedLibrary.h>
 #include <quorvel/Platform/Security/ItemCipher.h>
 #include <quorvel/Platform/Security/SecretService.h>
 
@@ -16,18 +16,9 @@ using std::chrono::steady_clock;
 constexpr std::chrono::milliseconds kPatience{2800};  // what else opening a store takes fits into three seconds
 
 /// The functions of libsecret and GLib, found by name in the loaded library and those that it needs.
-struct Functions {
-  void* handle = ::dlopen("libsecret-1.so.0", RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
-  bool complete = handle != nullptr;
-
-  template <class Function>
-  Function* find(const char* name, Function* /*type*/) {
-    void* const symbol = handle ? ::dlsym(handle, name) : nullptr;
-    complete = complete && symbol != nullptr;
-    return reinterpret_cast<Function*>(symbol);
-  }
-// NOLINTBEGIN(readability-identifier-naming,bugprone-macro-parentheses): the members are called as what they point at
-#define QUORVEL_FUNCTION(name) decltype(&::name) name = find(#name, static_cast<decltype(&::name)>(nullptr))
+struct Functions : LoadedLibrary {
+  // NOLINTBEGIN(readability-identifier-naming): the members are called as what they point at
+  Functions() : LoadedLibrary("libsecret-1.so.0") {}
   QUORVEL_FUNCTION(g_main_context_new);
   QUORVEL_FUNCTION(g_main_context_unref);
   QUORVEL_FUNCTION(g_main_context_push_thread_default);
@@ -67,8 +58,7 @@ struct Functions {
   QUORVEL_FUNCTION(secret_value_new);
   QUORVEL_FUNCTION(secret_value_get);
   QUORVEL_FUNCTION(secret_value_unref);
-#undef QUORVEL_FUNCTION
-  // NOLINTEND(readability-identifier-naming,bugprone-macro-parentheses)
+  // NOLINTEND(readability-identifier-naming)
 };
 
 const Functions& functions() {
@@ -213,7 +203,7 @@ class Exchanges {
   template <class Work>
   KeyState run(const std::string& name, Work work) {
     const Functions& f = functions();
-    if (!f.complete) return KeyState::Unreachable;
+    if (!f.isComplete()) return KeyState::Unreachable;
     const std::lock_guard lock(mutex_);
     if (owed_ && owed_->isOwed()) return KeyState::Silent;
     owed_ = std::make_shared<Exchange>(name);
