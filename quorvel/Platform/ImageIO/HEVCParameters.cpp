@@ -65,7 +65,7 @@ void skipProfile(Bits& bits, unsigned subLayers) {
     total += bits.bit() * kProfileBits;
     total += bits.bit() * kLevelBits;
   }
-  if (subLayers > 1) bits.skip(2 * (9 - subLayers));
+  if (subLayers > 1) bits.skip(std::uint64_t{2} * (9 - subLayers));
   bits.skip(total);
 }
 
