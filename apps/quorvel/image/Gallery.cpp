@@ -206,9 +206,12 @@ std::optional<Data> fileTurned(const UIImage& picture, unsigned exif) {
                                   0,
                                   0};
   const auto bytes = plain->bytes();
-  std::vector<std::uint8_t> file(bytes.begin(), bytes.begin() + 2);
-  file.insert(file.end(), std::begin(segment), std::end(segment));
-  file.insert(file.end(), bytes.begin() + 2, bytes.end());
+  std::vector<std::uint8_t> file;
+  file.reserve(bytes.size() + std::size(segment));
+  const auto add = [&file](ImageBytes more) { file.insert(file.end(), more.begin(), more.end()); };
+  add(bytes.first(2));
+  add(segment);
+  add(bytes.subspan(2));
   return Data(file);
 }
 
