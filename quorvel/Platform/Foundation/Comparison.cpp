@@ -159,7 +159,7 @@ bool isPlain(StringView text) {
 }
 
 /// True when the text has no conjoining jamo.
-bool isWithoutJamo(StringView text) { return unicode::firstInRange(text, 0x1100, 0xFF, 0) == unicode::kInvalid; }
+bool isWithoutJamo(StringView text) { return !unitscan::hasInRange(text, 0x1100, 0xFF); }
 
 /// True when no other text within `text` can be canonically equivalent to the needle. To ASCII nothing is, but for
 /// three of its characters (Kelvin sign, Greek question mark and varia are equivalent to them), and to syllables only

@@ -193,7 +193,14 @@ void LiteralSearch::scanBlocks(StringView text, std::size_t from, Confirm confir
     if constexpr (StarterTests == 0) return units;
     return units | starters.hits(at);
   };
-  const std::size_t reach = std::max(firstOffset, secondOffset) + 2 * kLanes;
+  const auto confirmsAny = [&](vector::Lanes lanes, std::size_t start) {
+    for (; lanes.any(); lanes.bits &= lanes.bits - 1) {
+      if (confirm(start + lanes.first())) return true;
+    }
+    return false;
+  };
+  const std::size_t further = std::max(firstOffset, secondOffset);
+  const std::size_t reach = further + 2 * kLanes;
   // What is a single test at each place, the wide kernel looks for.
   const bool isWide = PlaceTests == 1 && StarterTests == 0 && text.size() >= wide::kWorthwhile && wide::isAvailable();
   const wide::Pair pair = widePair();
@@ -206,12 +213,18 @@ void LiteralSearch::scanBlocks(StringView text, std::size_t from, Confirm confir
     const Units low = hits(text.data() + i);
     const Units high = hits(text.data() + i + kLanes);
     if ((low | high).noneSet()) continue;
-    vector::Lanes lanes{low.lanesSet().bits | high.lanesSet().bits << kLanes};
-    for (; lanes.any(); lanes.bits &= lanes.bits - 1) {
-      if (confirm(i + lanes.first())) return;
-    }
+    if (confirmsAny({low.lanesSet().bits | high.lanesSet().bits << kLanes}, i)) return;
   }
-  for (; i < text.size(); ++i) {
+  // Fewer than two vectors are left: one, and another that ends with the text.
+  for (; text.size() >= further + kLanes && i + further < text.size(); i += kLanes) {
+    const std::size_t start = std::min(i, text.size() - further - kLanes);
+    vector::Lanes lanes = hits(text.data() + start).lanesSet();
+    lanes.bits = lanes.bits >> (i - start) << (i - start);
+    i = start;
+    if (confirmsAny(lanes, start)) return;
+  }
+  const std::size_t end = StarterTests == 0 ? text.size() - std::min(text.size(), further) : text.size();
+  for (; i < end; ++i) {
     if (mayStart(text, i) && confirm(i)) return;
   }
 }

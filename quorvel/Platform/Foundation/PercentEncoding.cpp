@@ -261,19 +261,41 @@ int escapeAt(const char16_t* at) {
   return kHexValues[at[1]] * 16 | kHexValues[at[2]];
 }
 
-/// The sequence of UTF-8 whose lead byte comes from the escape at `at`, or nullptr. RFC 3629, section 4: only the
-/// second byte has narrower bounds after some leads.
-const char16_t* decodeSequence(const char16_t* at, const char16_t* end, int lead, char16_t*& out) {
-  if (lead < 0xC2 || lead > 0xF4) return nullptr;
+/// How far decoding came. Passed by value, so that both stay in registers.
+struct Decoded {
+  const char16_t* at;  // what comes next; nullptr at what is no escape or not UTF-8
+  char16_t* out;
+};
+
+/// The character of three escapes that are a sequence of UTF-8; 0 for any others.
+char16_t threeEscapes(const char16_t* at, int lead) {
+  if ((lead & 0xF0) != 0xE0) return 0;
+  const int second = escapeAt(at + kEscapeUnits) - 0x80;
+  const int third = escapeAt(at + 2 * kEscapeUnits) - 0x80;
+  if (static_cast<unsigned>(second | third) > 0x3F) return 0;
+  const auto unit = static_cast<char16_t>(lead << 12 | second << 6 | third);
+  return unit < 0x800 || unicode::isSurrogate(unit) ? u'\0' : unit;
+}
+
+/// The sequence of UTF-8 whose lead byte comes from the escape at `at`. RFC 3629, section 4: only the second byte has
+/// narrower bounds after some leads.
+Decoded decodeSequence(const char16_t* at, const char16_t* end, int lead, char16_t* out) {
+  if (end - at >= static_cast<std::ptrdiff_t>(3 * kEscapeUnits)) {
+    if (const char16_t unit = threeEscapes(at, lead)) {
+      *out = unit;
+      return {at + 3 * kEscapeUnits, out + 1};
+    }
+  }
+  if (lead < 0xC2 || lead > 0xF4) return {nullptr, out};
   const int more = lead < 0xE0 ? 1 : lead < 0xF0 ? 2 : 3;
-  if (end - at < static_cast<std::ptrdiff_t>(kEscapeUnits) * (more + 1)) return nullptr;
+  if (end - at < static_cast<std::ptrdiff_t>(kEscapeUnits) * (more + 1)) return {nullptr, out};
   int low = lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80;
   int high = lead == 0xED ? 0x9F : lead == 0xF4 ? 0x8F : 0xBF;
   char32_t scalar = static_cast<unsigned>(lead) & (0x3FU >> more);
   for (int i = 0; i < more; ++i) {
     at += kEscapeUnits;
     const int byte = escapeAt(at);
-    if (byte < low || byte > high) return nullptr;
+    if (byte < low || byte > high) return {nullptr, out};
     scalar = scalar << 6 | (static_cast<unsigned>(byte) & 0x3F);
     low = 0x80;
     high = 0xBF;
@@ -283,23 +305,25 @@ const char16_t* decodeSequence(const char16_t* at, const char16_t* end, int lead
     scalar = 0xDC00 | (scalar & 0x3FF);
   }
   *out++ = static_cast<char16_t>(scalar);
-  return at + kEscapeUnits;
+  return {at + kEscapeUnits, out};
 }
 
-/// Decodes the escapes at `at` while one follows another; nullptr for what is no escape or not UTF-8.
-const char16_t* decodeRun(const char16_t* at, const char16_t* end, char16_t*& out) {
+/// Decodes the escapes at `at` while one follows another.
+Decoded decodeRun(const char16_t* at, const char16_t* end, char16_t* out) {
   while (at < end && *at == u'%') {
     const int byte = end - at < 3 ? -1 : escapeAt(at);
-    if (byte < 0) return nullptr;
+    if (byte < 0) return {nullptr, out};
     if (byte < 0x80) {
       *out++ = static_cast<char16_t>(byte);
       at += kEscapeUnits;
       continue;
     }
-    at = decodeSequence(at, end, byte, out);
-    if (!at) return nullptr;
+    const Decoded next = decodeSequence(at, end, byte, out);
+    if (!next.at) return next;
+    at = next.at;
+    out = next.out;
   }
-  return at;
+  return {at, out};
 }
 
 constexpr auto kBlock = static_cast<std::ptrdiff_t>(vector::kBlock);
@@ -313,8 +337,8 @@ char16_t* copyRun(const char16_t* from, const char16_t* to, char16_t* out) {
   return out + count;
 }
 
-/// Decodes a block and the escapes that reach out of it; nullptr for what is no escape or not UTF-8.
-const char16_t* decodeBlock(const char16_t* at, const char16_t* end, char16_t*& out) {
+/// Decodes a block and the escapes that reach out of it.
+Decoded decodeBlock(const char16_t* at, const char16_t* end, char16_t* out) {
   const char16_t* const block = at;
   std::uint32_t percents = vector::placesInBlock(block, u'%');
   while (percents != 0) {
@@ -327,30 +351,31 @@ const char16_t* decodeBlock(const char16_t* at, const char16_t* end, char16_t*& 
       at = place + kEscapeUnits;
       continue;
     }
-    at = byte < 0 ? nullptr : decodeRun(place, end, out);
-    if (!at || at - block >= kBlock) return at;
+    if (byte < 0) return {nullptr, out};
+    const Decoded next = decodeRun(place, end, out);
+    if (!next.at || next.at - block >= kBlock) return next;
+    at = next.at;
+    out = next.out;
     percents &= ~std::uint32_t{0} << (at - block);
   }
-  if (at - block >= kBlock) return at;
-  out = copyRun(at, block + kBlock, out);
-  return block + kBlock;
+  if (at - block >= kBlock) return {at, out};
+  return {block + kBlock, copyRun(at, block + kBlock, out)};
 }
 
 /// Units written, or `unicode::kInvalid`. `out` has room for the text and `vector::kLanes` units more.
-std::size_t decode(StringView text, char16_t* out) {
-  char16_t* const start = out;
-  const char16_t* at = text.begin();
-  while (at && text.end() - at >= kBlock + static_cast<std::ptrdiff_t>(vector::kLanes)) {
-    at = decodeBlock(at, text.end(), out);
+std::size_t decode(StringView text, char16_t* const start) {
+  Decoded done{text.begin(), start};
+  while (done.at && text.end() - done.at >= kBlock + static_cast<std::ptrdiff_t>(vector::kLanes)) {
+    done = decodeBlock(done.at, text.end(), done.out);
   }
-  while (at && at < text.end()) {
-    if (*at == u'%') {
-      at = decodeRun(at, text.end(), out);
+  while (done.at && done.at < text.end()) {
+    if (*done.at == u'%') {
+      done = decodeRun(done.at, text.end(), done.out);
     } else {
-      *out++ = *at++;
+      *done.out++ = *done.at++;
     }
   }
-  return at ? static_cast<std::size_t>(out - start) : unicode::kInvalid;
+  return done.at ? static_cast<std::size_t>(done.out - start) : unicode::kInvalid;
 }
 
 }  // namespace

@@ -324,7 +324,7 @@ String replacingCharacters(const String& text, const NSCharacterSet& set, String
 
 String detail::lowercased(StringView text, const String* owner) {
   constexpr char16_t kCapitalSigma = 0x3A3;
-  if (unicode::findUnit(text, kCapitalSigma) != unicode::kInvalid) return lowercasedWithSigma(text);
+  if (unitscan::hasInRange(text, kCapitalSigma, 0)) return lowercasedWithSigma(text);
   return mapCase<PlainLower>(text, owner);
 }
 String detail::uppercased(StringView text, const String* owner) { return mapCase<PlainUpper>(text, owner); }

@@ -163,6 +163,18 @@ class AnyOf {
   return vector::inRange(units, 0xAC00, 0xD7A3 - 0xAC00) | vector::inRange(units, 0x4E00, 0x9FFF - 0x4E00);
 }
 
+/// True when a unit lies in [low, low + span]. Texts of one or two vectors are answered where they are asked about.
+[[nodiscard]] inline bool hasInRange(StringView text, char16_t low, char16_t span) {
+  const std::size_t size = text.size();
+  if (size < vector::kLanes || size > 2 * vector::kLanes) {
+    return unicode::firstInRange(text, low, span, 0) != unicode::kInvalid;
+  }
+  const auto in = [&](std::size_t from) {
+    return vector::inRange(vector::Units::load(text.data() + from), low, span);
+  };
+  return !(in(0) | in(size - vector::kLanes)).noneSet();
+}
+
 /// The number of units at the start for which `vectorTest` (eight at a time) and `unitTest` hold.
 template <class VectorTest, class UnitTest>
 [[nodiscard]] std::size_t leading(StringView text, VectorTest vectorTest, UnitTest unitTest) {
