@@ -23,6 +23,8 @@ constexpr std::array<std::uint64_t, 256> kEscapes = [] {
   return table;
 }();
 
+constexpr std::size_t kEscapeUnits = 3;
+
 char16_t* put(char16_t* out, std::uint64_t written) {
   std::memcpy(out, &written, sizeof written);
   return out + (written >> 48);
@@ -79,7 +81,7 @@ class Encoder {
         at += vector::kLanes;
         continue;
       }
-      const StringView chunk = chunkAt(at);
+      const StringView chunk = chunkAt(at, kMeasured);
       length += 3 * unicode::utf8Length(chunk);
       at = chunk.end();
     }
@@ -100,7 +102,7 @@ class Encoder {
         at += vector::kLanes;
         continue;
       }
-      const StringView chunk = chunkAt(at);
+      const StringView chunk = chunkAt(at, vector::kLanes);
       out = Rules::kOthersStay ? writeScalars(chunk, out) : writeBytes(chunk, out);
       if (!out) return nullptr;
       at = chunk.end();
@@ -109,23 +111,38 @@ class Encoder {
   }
 
  private:
-  static constexpr std::size_t kChunk = 32;
+  static constexpr std::size_t kMeasured = 64;
 
   /// Some units at a time, and no pair cut in two.
-  [[nodiscard]] StringView chunkAt(const char16_t* at) const {
+  [[nodiscard]] StringView chunkAt(const char16_t* at, std::size_t most) const {
     const auto left = static_cast<std::size_t>(text_.end() - at);
-    const std::size_t size = std::min(kChunk, left);
+    const std::size_t size = std::min(most, left);
     const bool cutsPair = size < left && unicode::isHighSurrogate(at[size - 1]) && unicode::isLowSurrogate(at[size]);
     return {at, cutsPair ? size + 1 : size};
   }
 
-  /// Where no other scalar stays: all bytes of the UTF-8 by the table, without a branch on what they are.
+  /// Where no other scalar stays. ASCII and what takes three bytes, often mixed, are written without a branch between
+  /// them: all three escapes always, of which ASCII lets the next ones overwrite all but its own.
   char16_t* writeBytes(StringView chunk, char16_t* out) const {
-    char bytes[3 * (kChunk + 1) + unicode::kUTF8Slack];
-    const std::size_t size = unicode::utf16ToUTF8(chunk, bytes);
-    if (size == unicode::kInvalid) return nullptr;
     const Rules rules = rules_;
-    for (std::size_t i = 0; i < size; ++i) out = put(out, rules.written(static_cast<unsigned char>(bytes[i])));
+    for (const char16_t* at = chunk.begin(); at < chunk.end(); ++at) {
+      const char16_t unit = *at;
+      if (unit - 0x80U < 0x780) {
+        out = putEscaped(out, unit);
+      } else if (unicode::isSurrogate(unit)) [[unlikely]] {
+        if (chunk.end() - at < 2 || !unicode::isHighSurrogate(at[0]) || !unicode::isLowSurrogate(at[1])) return nullptr;
+        out = putEscaped(out, unicode::scalarOf(at[0], at[1]));
+        ++at;
+      } else {
+        const std::uint32_t isLong = 0U - (unit >= 0x80);  // a mask, which no compiler turns into a branch
+        const std::uint64_t first =
+            rules.written(static_cast<char16_t>((unit & ~isLong) | ((0xE0U | unit >> 12) & isLong)));
+        put(out, first);
+        put(out + kEscapeUnits, kEscapes[0x80 | (unit >> 6 & 0x3F)]);
+        put(out + 2 * kEscapeUnits, kEscapes[0x80 | (unit & 0x3F)]);
+        out += (first >> 48) + (2 * kEscapeUnits & isLong);
+      }
+    }
     return out;
   }
 
@@ -137,7 +154,6 @@ class Encoder {
     return out;
   }
 
- private:
   /// Moves `out` behind what is written for the scalar at `at`, and answers the next scalar's place.
   const char16_t* writeScalar(const char16_t* at, const char16_t* end, char16_t*& out) const {
     const char16_t unit = *at;
@@ -214,8 +230,10 @@ struct TableRules {
     return wide::percentLength(at, static_cast<std::size_t>(end - at), allowed.stays());
   }
   [[nodiscard]] wide::Progress write(const char16_t* at, const char16_t* end, char16_t* out) const {
-    if (!isWideASCII(at, end)) return {0, 0};
-    return wide::percentEncode(at, static_cast<std::size_t>(end - at), allowed.stays(), kEscapes.data(), out);
+    const auto size = static_cast<std::size_t>(end - at);
+    if (isWideASCII(at, end)) return wide::percentEncode(at, size, allowed.stays(), kEscapes.data(), out);
+    if (kOthersStay || !wide::isAvailable()) return {0, 0};
+    return wide::percentEncodeBytes(at, size, allowed.written(), out);
   }
 
  private:
@@ -252,8 +270,6 @@ constexpr std::array<std::int16_t, 256> kHexValues = [] {
   }
   return table;
 }();
-
-constexpr std::size_t kEscapeUnits = 3;
 
 /// The byte of the escape at `at`, where three units are; negative when they are none.
 int escapeAt(const char16_t* at) {

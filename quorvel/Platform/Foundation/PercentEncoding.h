@@ -36,6 +36,7 @@ class PercentAllowed {
   /// What is written for an ASCII character, or for a byte of another that does not stay: up to three units from the
   /// lowest 16 bits on, their number in the highest.
   [[nodiscard]] constexpr std::uint64_t written(char16_t unit) const { return written_[unit]; }
+  [[nodiscard]] constexpr const std::array<std::uint64_t, 256>& written() const { return written_; }
   [[nodiscard]] constexpr NonASCII others() const { return others_; }
   /// The ASCII characters that stay.
   [[nodiscard]] constexpr const wide::ASCIISet& stays() const { return stays_; }

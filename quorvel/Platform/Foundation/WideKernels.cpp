@@ -172,6 +172,86 @@ QUORVEL_WIDE Progress percentEncode(const char16_t* units, std::size_t size, con
   return {at, static_cast<std::size_t>(out - start)};
 }
 
+namespace {
+
+/// Where the second and the third byte's digits come from, for units 2i and 2i + 1 of eight in the two halves: lanes
+/// that take the whole unit but for the last, which takes its low byte as the high one, for the shift to come.
+struct DigitSources {
+  alignas(32) std::array<std::array<std::uint8_t, kBytes>, 4> pairs{};
+};
+constexpr DigitSources kDigitSources = [] {
+  DigitSources sources;
+  for (std::size_t unit = 0; unit < 8; ++unit) {
+    const auto low = static_cast<std::uint8_t>(2 * unit);
+    const auto high = static_cast<std::uint8_t>(2 * unit + 1);
+    const auto none = std::uint8_t{0x80};
+    const std::uint8_t lanes[16] = {none, none, low, high, low, high, none, none, low, high, none, low};
+    for (std::size_t i = 0; i < 12; ++i) sources.pairs[unit / 2][unit % 2 * 16 + i] = lanes[i];
+  }
+  return sources;
+}();
+
+/// Units of the basic plane that take one byte or three.
+QUORVEL_WIDE bool areOneOrThreeBytes(__m128i units) {
+  const __m128i surrogates =
+      _mm_cmpeq_epi16(_mm_and_si128(units, _mm_set1_epi16(short(0xF800))), _mm_set1_epi16(short(0xD800)));
+  const __m128i above = _mm_sub_epi16(units, _mm_set1_epi16(0x80));
+  const __m128i two = _mm_cmpeq_epi16(_mm_min_epu16(above, _mm_set1_epi16(0x77F)), above);
+  const __m128i others = _mm_or_si128(surrogates, two);
+  return _mm_testz_si128(others, others) != 0;
+}
+
+template <class... Lanes>
+QUORVEL_WIDE __m256i twice(Lanes... lanes) {
+  return _mm256_broadcastsi128_si256(_mm_setr_epi16(static_cast<short>(lanes)...));
+}
+
+/// "%XX%XX" for the last two bytes of two units, the second in the upper half: digits are what is left of the unit
+/// after a shift (by multiplication) and a mask, with the 8 of a byte that goes on.
+QUORVEL_WIDE __m256i lastTwoEscapes(__m256i eightTwice, const std::array<std::uint8_t, kBytes>& sources) {
+  constexpr int kNone = 0x8080;  // gives no digit
+  constexpr int kEight = 0x8008;
+  constexpr int kDigit = 0x8000;
+  const __m256i shifts = twice(0, 1 << 6, 1 << 10, 0, 1 << 12, 1 << 8, 0, 0);
+  const __m256i masks = twice(0, 3, 15, 0, 3, 15, 0, 0);
+  const __m256i bits = twice(kNone, kEight, kDigit, kNone, kEight, kDigit, kNone, kNone);
+  const __m256i percents = twice('%', 0, 0, '%', 0, 0, 0, 0);
+  const __m256i digits = _mm256_broadcastsi128_si256(loadHalf("0123456789ABCDEF"));
+  const __m256i shifted = _mm256_mulhi_epu16(_mm256_shuffle_epi8(eightTwice, load(sources.data())), shifts);
+  const __m256i values = _mm256_or_si256(_mm256_and_si256(shifted, masks), bits);
+  return _mm256_or_si256(_mm256_shuffle_epi8(digits, values), percents);
+}
+
+/// Writes a unit whose last two escapes are known, without a branch on how many bytes it takes.
+QUORVEL_WIDE char16_t* putOneOrThree(std::uint32_t unit, __m128i lastTwo, const std::array<std::uint64_t, 256>& written,
+                                     char16_t* out) {
+  const std::uint32_t isLong = 0U - (unit >= 0x80);
+  const std::uint64_t first = written[(unit & ~isLong) | ((0xE0U | unit >> 12) & isLong)];
+  std::memcpy(out, &first, sizeof first);
+  storeHalf(out + 3, lastTwo);
+  return out + (first >> 48) + (6 & isLong);
+}
+
+}  // namespace
+
+QUORVEL_WIDE Progress percentEncodeBytes(const char16_t* units, std::size_t size,
+                                         const std::array<std::uint64_t, 256>& written, char16_t* const start) {
+  char16_t* out = start;
+  std::size_t at = 0;
+  for (; size - at >= 8; at += 8) {
+    const __m128i eight = loadHalf(units + at);
+    if (!areOneOrThreeBytes(eight)) break;
+    const __m256i eightTwice = _mm256_broadcastsi128_si256(eight);
+    for (std::size_t pair = 0; pair < 4; ++pair) {
+      const __m256i escapes = lastTwoEscapes(eightTwice, kDigitSources.pairs[pair]);
+      const char16_t* const two = units + at + 2 * pair;
+      out = putOneOrThree(two[0], _mm256_castsi256_si128(escapes), written, out);
+      out = putOneOrThree(two[1], _mm256_extracti128_si256(escapes, 1), written, out);
+    }
+  }
+  return {at, static_cast<std::size_t>(out - start)};
+}
+
 QUORVEL_WIDE Progress copyWithout(const char16_t* units, std::size_t size, const char16_t (&members)[4],
                                   char16_t* const start) {
   const __m256i wanted[4] = {splat(members[0]), splat(members[1]), splat(members[2]), splat(members[3])};

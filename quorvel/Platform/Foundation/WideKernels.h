@@ -2,6 +2,7 @@
 // answers, and leaves to it what does not fill a vector. Included by sources only.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 
@@ -61,6 +62,11 @@ struct ASCIISet {
 inline constexpr std::size_t kUnitSlack = 16;
 [[nodiscard]] Progress percentEncode(const char16_t* units, std::size_t size, const ASCIISet& set,
                                      const std::uint64_t* escapes, char16_t* out);
+/// The same of ASCII and U+0800 to U+FFFF mixed, up to the first eight units with a surrogate or others: what is
+/// written for the bytes of UTF-8 is in the low 48 bits of their word in `written`, three units or fewer, their number
+/// above.
+[[nodiscard]] Progress percentEncodeBytes(const char16_t* units, std::size_t size,
+                                          const std::array<std::uint64_t, 256>& written, char16_t* out);
 /// Copies what is none of the four units; never writes more units than it reads.
 [[nodiscard]] Progress copyWithout(const char16_t* units, std::size_t size, const char16_t (&members)[4],
                                    char16_t* out);

@@ -23,6 +23,10 @@ Progress percentEncode(const char16_t* /*units*/, std::size_t /*size*/, const AS
                        const std::uint64_t* /*escapes*/, char16_t* /*out*/) {
   return {0, 0};
 }
+Progress percentEncodeBytes(const char16_t* /*units*/, std::size_t /*size*/,
+                            const std::array<std::uint64_t, 256>& /*written*/, char16_t* /*out*/) {
+  return {0, 0};
+}
 Progress copyWithout(const char16_t* /*units*/, std::size_t /*size*/, const char16_t (& /*members*/)[4],
                      char16_t* /*out*/) {
   return {0, 0};

@@ -91,6 +91,17 @@ TEST(WideKernels, FindAsThePortableCodeDoes) {
   }
 }
 
+TEST(WideKernels, EscapeEveryUnit) {
+  std::u16string text;
+  for (char16_t unit = 0x800; unit != 0; ++unit) {
+    if (unit % 5 == 0) text += static_cast<char16_t>(unit % 0x80);
+    if (!unicode::isSurrogate(unit)) text += unit;
+  }
+  const auto [portable, wide] = bothWays([&] { return urlEncodeString(String(text)); });
+  EXPECT_EQ(portable, wide);
+  EXPECT_EQ(urlDecodeString(*wide), text);
+}
+
 #endif
 
 }  // namespace
