@@ -7,18 +7,7 @@
 namespace quorvel::blockcache {
 namespace {
 
-// Sanitizers are to see every block come and go.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr std::uint8_t kKept = 0;
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer) || __has_feature(memory_sanitizer)
-constexpr std::uint8_t kKept = 0;
-#else
-constexpr std::uint8_t kKept = 32;
-#endif
-#else
-constexpr std::uint8_t kKept = 32;  // blocks of a class: at most 72 KiB for a thread
-#endif
+constexpr std::uint8_t kKept = kKeepsBlocks ? 32 : 0;  // blocks of a class: at most 72 KiB for a thread
 
 struct Block {
   Block* next;

@@ -11,6 +11,19 @@ namespace quorvel::blockcache {
 using SizeClass = std::uint8_t;
 inline constexpr SizeClass kClasses = 16;
 inline constexpr SizeClass kLarge = kClasses;
+/// False under sanitizers, which are to see every block come and go.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+inline constexpr bool kKeepsBlocks = false;
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer) || __has_feature(memory_sanitizer)
+inline constexpr bool kKeepsBlocks = false;
+#else
+inline constexpr bool kKeepsBlocks = true;
+#endif
+#else
+inline constexpr bool kKeepsBlocks = true;
+#endif
+
 /// Bytes of the blocks of a class: what the general allocator gives without a loss.
 constexpr std::size_t bytesOf(SizeClass sizeClass) { return 24 + 16 * std::size_t{sizeClass}; }
 constexpr SizeClass classFor(std::size_t bytes) {

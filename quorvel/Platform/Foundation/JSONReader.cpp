@@ -54,7 +54,7 @@ class ValueStack {
 template <class Unit>
 class Reader {
  public:
-  Reader(const Unit* text, std::size_t size) : source_{text, text + size, {}} {}
+  Reader(const Unit* text, std::size_t size) : source_{text, text + size, {}}, pages_(kBytesForUnit * size) {}
 
   Value read(bool fragment, JSONError* error) {
     if (readDocument(fragment)) return std::move(*values_.from(0));
@@ -143,9 +143,10 @@ class Reader {
     const std::size_t count = values_.size() - frame.first;
     if (count > UINT32_MAX) return source_.fail(at, reason::kTooLong);
     Value* children = values_.from(frame.first);
-    Value container = frame.isDictionary
-                          ? Value(detail::ValueBulk::dictionary(children, count / 2, keys_.areDistinct(frame.keys)))
-                          : Value(detail::ValueBulk::list(children, count));
+    Value container =
+        frame.isDictionary
+            ? Value(detail::ValueBulk::dictionary(children, count / 2, keys_.areDistinct(frame.keys), pages_))
+            : Value(detail::ValueBulk::list(children, count, pages_));
     values_.forget(frame.first);
     new (values_.place()) Value(std::move(container));
     values_.push();
@@ -180,8 +181,12 @@ class Reader {
     return at;
   }
 
+  /// What values take for a unit of text, in short replies of records.
+  static constexpr std::size_t kBytesForUnit = 3;
+
   Source<Unit> source_;
-  TextReader<Unit> text_{source_};
+  blockcache::Pages pages_;
+  TextReader<Unit> text_{source_, pages_};
   KeyReader<Unit> keys_{source_, text_};
   ValueStack values_;
   std::size_t depth_ = 0;

@@ -5,6 +5,7 @@
 #include <bit>
 #include <memory>
 
+#include <quorvel/Platform/Foundation/BlockPages.h>
 #include <quorvel/Platform/Foundation/JSONCursor.h>
 #include <quorvel/Platform/Foundation/Limits.h>
 #include <quorvel/Platform/Foundation/Unicode.h>
@@ -44,7 +45,7 @@ class Scratch {
 template <class Unit>
 class TextReader {
  public:
-  explicit TextReader(Source<Unit>& source) : source_(source) {}
+  TextReader(Source<Unit>& source, blockcache::Pages& pages) : source_(source), pages_(pages) {}
 
   /// Reads the string whose opening quotation mark stands before `at` into raw memory.
   const Unit* read(const Unit* at, Value* place) {
@@ -93,7 +94,7 @@ class TextReader {
 
   const Unit* store(const Unit* at, Value* place, const char16_t* units, std::size_t size) {
     if (size > limits::kStringLength) return source_.fail(at, reason::kTooLong);
-    new (place) Value(String(units, size));
+    new (place) Value(String::among({units, size}, pages_));
     return at;
   }
   const Unit* storeScratch(const Unit* at, Value* place, const char16_t* out) {
@@ -244,6 +245,7 @@ class TextReader {
   }
 
   Source<Unit>& source_;
+  blockcache::Pages& pages_;
   Scratch scratch_;
 };
 

@@ -4,7 +4,7 @@
 #include <new>
 #include <ostream>
 
-#include <quorvel/Platform/Foundation/BlockCache.h>
+#include <quorvel/Platform/Foundation/BlockPages.h>
 #include <quorvel/Platform/Foundation/Limits.h>
 #include <quorvel/Platform/Foundation/Log.h>
 #include <quorvel/Platform/Foundation/String.h>
@@ -13,12 +13,14 @@
 namespace quorvel {
 namespace {
 
-// Before the units of a shared text stands its count of references, and in the upper byte the class of its block.
+// Before the units of a shared text stand its count of references, in the upper byte the class of its block, and in the
+// two bytes below it the place of the block in its page.
 using References = std::atomic<std::uint64_t>;
 constexpr std::size_t kHeader = sizeof(References);
 static_assert(kHeader == 8);
 constexpr int kClassShift = 56;
-constexpr std::uint64_t kCount = (std::uint64_t{1} << kClassShift) - 1;
+constexpr int kPlaceShift = 40;
+constexpr std::uint64_t kCount = (std::uint64_t{1} << kPlaceShift) - 1;
 
 References* referencesOf(const char16_t* units) {
   return reinterpret_cast<References*>(reinterpret_cast<char*>(const_cast<char16_t*>(units)) - kHeader);
@@ -26,6 +28,12 @@ References* referencesOf(const char16_t* units) {
 
 blockcache::SizeClass classOf(std::uint64_t references) {
   return static_cast<blockcache::SizeClass>(references >> kClassShift);
+}
+
+void giveBlock(References* block, std::uint64_t references) {
+  const auto place = static_cast<blockcache::PagePlace>(references >> kPlaceShift);
+  if (place != 0) return blockcache::Pages::give(block, place);
+  blockcache::give(block, classOf(references));
 }
 
 }  // namespace
@@ -92,6 +100,19 @@ String::String(StringView text) : String() {
   setRemote(units, text.size(), kSharedTag);
 }
 
+String String::among(StringView text, blockcache::Pages& pages) {
+  if (text.size() <= kInlineCapacity) return String(text);
+  blockcache::PagePlace place;
+  void* block = pages.take(kHeader + text.size() * sizeof(char16_t), place);
+  if (!block) throw std::bad_alloc();
+  new (block) References(std::uint64_t{blockcache::kLarge} << kClassShift | std::uint64_t{place} << kPlaceShift | 1);
+  auto* units = reinterpret_cast<char16_t*>(static_cast<char*>(block) + kHeader);
+  std::memcpy(units, text.data(), text.size() * sizeof(char16_t));
+  String result;
+  result.setRemote(units, text.size(), kSharedTag);
+  return result;
+}
+
 void String::retain() const noexcept { referencesOf(remote().data)->fetch_add(1, std::memory_order_relaxed); }
 
 void String::release() noexcept {
@@ -99,7 +120,7 @@ void String::release() noexcept {
   const std::uint64_t before = references->load(std::memory_order_acquire);
   // A sole owner needs no locked instruction: nobody else can reach the text to copy it.
   if ((before & kCount) == 1 || (references->fetch_sub(1, std::memory_order_acq_rel) & kCount) == 1) {
-    blockcache::give(references, classOf(before));
+    giveBlock(references, before);
   }
 }
 

@@ -14,6 +14,10 @@
 
 #include <quorvel/Platform/Foundation/Nil.h>
 
+namespace quorvel::blockcache {
+class Pages;
+}
+
 namespace quorvel {
 
 class String;
@@ -108,6 +112,8 @@ class String {
   [[nodiscard]] static String fromUTF8Replacing(std::string_view bytes);
   /// Bytes 0 to 127, each one unit.
   [[nodiscard]] static String fromASCII(std::string_view bytes);
+  /// A copy whose units lie among other blocks of `pages`.
+  [[nodiscard]] static String among(StringView text, blockcache::Pages& pages);
   /// A text of at most `capacity` units, which `fill(char16_t* out)` writes; it returns how many it wrote.
   template <class Fill>
   [[nodiscard]] static String build(std::size_t capacity, Fill&& fill);

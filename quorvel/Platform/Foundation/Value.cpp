@@ -58,7 +58,7 @@ void destroy(Block* block) noexcept {
   draining = true;
   while (block) {
     destroyContents(block);
-    std::free(static_cast<void*>(block));
+    blockcache::Pages::give(block, block->place);
     block = waiting;
     // NOLINTNEXTLINE(performance-no-int-to-ptr): destroy() put the pointer there
     if (block) waiting = reinterpret_cast<Block*>(block->references.load(std::memory_order_relaxed));
@@ -69,9 +69,7 @@ void destroy(Block* block) noexcept {
 namespace {
 
 template <class Type>
-Type* allocateBlock(BlockKind kind, std::size_t capacity, std::size_t elementBytes) {
-  contract(capacity <= UINT32_MAX, "Value", "more elements than a container holds");
-  void* memory = std::malloc(sizeof(Type) + capacity * elementBytes);
+Type* beginBlock(void* memory, BlockKind kind, std::size_t capacity) {
   if (!memory) throw std::bad_alloc();
   Type* block = new (memory) Type;
   block->kind = kind;
@@ -79,8 +77,42 @@ Type* allocateBlock(BlockKind kind, std::size_t capacity, std::size_t elementByt
   return block;
 }
 
-/// Makes `block` one that nobody shares, with room for `capacity` elements. Elements move as bytes: a Value holds no
-/// address of itself.
+template <class Type>
+Type* allocateBlock(BlockKind kind, std::size_t capacity, std::size_t elementBytes) {
+  contract(capacity <= UINT32_MAX, "Value", "more elements than a container holds");
+  return beginBlock<Type>(std::malloc(sizeof(Type) + capacity * elementBytes), kind, capacity);
+}
+
+template <class Type>
+Type* allocateBlockAmong(blockcache::Pages& pages, BlockKind kind, std::size_t capacity, std::size_t elementBytes) {
+  contract(capacity <= UINT32_MAX, "Value", "more elements than a container holds");
+  blockcache::PagePlace place;
+  void* memory = pages.take(sizeof(Type) + capacity * elementBytes, place);
+  Type* block = beginBlock<Type>(memory, kind, capacity);
+  block->place = place;
+  return block;
+}
+
+/// A block that nobody shares with room for more elements; they move as bytes, as a Value holds no address of itself.
+template <class Type, class Element>
+Type* growBlock(Type* block, std::size_t room) {
+  contract(room <= UINT32_MAX, "Value", "more elements than a container holds");
+  const std::size_t bytes = sizeof(Type) + room * sizeof(Element);
+  void* memory = nullptr;
+  if (block->place == 0) {
+    memory = std::realloc(static_cast<void*>(block), bytes);
+  } else if ((memory = std::malloc(bytes))) {
+    std::memcpy(memory, static_cast<void*>(block), sizeof(Type) + block->size * sizeof(Element));
+    blockcache::Pages::give(block, block->place);
+  }
+  if (!memory) throw std::bad_alloc();
+  block = static_cast<Type*>(memory);
+  block->place = 0;
+  block->capacity = static_cast<std::uint32_t>(room);
+  return block;
+}
+
+/// Makes `block` one that nobody shares, with room for `capacity` elements.
 template <class Type, class Element>
 Type* uniqueBlock(Type* block, BlockKind kind, std::size_t capacity) {
   if (!block) return allocateBlock<Type>(kind, std::max<std::size_t>(capacity, 4), sizeof(Element));
@@ -88,14 +120,7 @@ Type* uniqueBlock(Type* block, BlockKind kind, std::size_t capacity) {
   if (!shared && capacity <= block->capacity) return block;
   const std::size_t room = capacity > block->capacity ? std::max<std::size_t>(capacity, block->size * 2U)
                                                       : std::max<std::size_t>(capacity, block->size);
-  if (!shared) {
-    contract(room <= UINT32_MAX, "Value", "more elements than a container holds");
-    void* memory = std::realloc(static_cast<void*>(block), sizeof(Type) + room * sizeof(Element));
-    if (!memory) throw std::bad_alloc();
-    block = static_cast<Type*>(memory);
-    block->capacity = static_cast<std::uint32_t>(room);
-    return block;
-  }
+  if (!shared) return growBlock<Type, Element>(block, room);
   Type* copy = allocateBlock<Type>(kind, room, sizeof(Element));
   const auto* from = reinterpret_cast<const Element*>(block + 1);
   std::uninitialized_copy_n(from, block->size, reinterpret_cast<Element*>(copy + 1));
@@ -190,19 +215,19 @@ void ValueBulk::prefetch(const Value& value) {
   if (value.isCounted()) __builtin_prefetch(value.block(), 1);
 }
 
-List ValueBulk::list(Value* elements, std::size_t count) {
+List ValueBulk::list(Value* elements, std::size_t count, blockcache::Pages& pages) {
   List result;
   if (count == 0) return result;
-  result.block_ = allocateBlock<ListBlock>(BlockKind::List, count, sizeof(Value));
+  result.block_ = allocateBlockAmong<ListBlock>(pages, BlockKind::List, count, sizeof(Value));
   std::memcpy(static_cast<void*>(result.block_->items()), elements, count * sizeof(Value));
   result.block_->size = static_cast<std::uint32_t>(count);
   return result;
 }
 
-Dictionary ValueBulk::dictionary(Value* keysAndValues, std::size_t count, bool distinct) {
+Dictionary ValueBulk::dictionary(Value* keysAndValues, std::size_t count, bool distinct, blockcache::Pages& pages) {
   Dictionary result;
   if (count == 0) return result;
-  auto* block = allocateBlock<DictionaryBlock>(BlockKind::Dictionary, count, sizeof(Entry));
+  auto* block = allocateBlockAmong<DictionaryBlock>(pages, BlockKind::Dictionary, count, sizeof(Entry));
   result.block_ = block;
   std::memcpy(static_cast<void*>(block->entries()), keysAndValues, count * sizeof(Entry));
   if (count >= kIndexFrom) {

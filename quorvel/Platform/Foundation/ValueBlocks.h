@@ -3,11 +3,12 @@
 
 #include <atomic>
 
+#include <quorvel/Platform/Foundation/BlockPages.h>
 #include <quorvel/Platform/Foundation/Value.h>
 
 namespace quorvel::detail {
 
-enum class BlockKind : std::uint32_t { Data, List, Dictionary, Object };
+enum class BlockKind : std::uint16_t { Data, List, Dictionary, Object };
 
 struct Block {
   /// Owners; once there are none, the next block that waits for its destruction.
@@ -15,6 +16,7 @@ struct Block {
   std::uint32_t size = 0;
   std::uint32_t capacity = 0;
   BlockKind kind;
+  blockcache::PagePlace place = 0;
   std::uint32_t indexMask = 0;  // of a dictionary; of data nonzero when the bytes are to be overwritten in the end
 
   [[nodiscard]] bool isShared() const { return references.load(std::memory_order_acquire) != 1; }
@@ -55,13 +57,14 @@ inline void release(Block* block) noexcept {
 /// The place of the key among the entries, or their number when it is not there. `block` may be nullptr.
 [[nodiscard]] std::size_t findKey(const DictionaryBlock* block, const Value& key);
 
-/// Many values at once. Containers are made in blocks of just the size that they take; the elements move as bytes: the
-/// memory that they come from holds no values any more.
+/// Many values at once. Containers are made in blocks of just the size that they take, among others of `pages`; the
+/// elements move as bytes: the memory that they come from holds no values any more.
 struct ValueBulk {
-  [[nodiscard]] static List list(Value* elements, std::size_t count);
+  [[nodiscard]] static List list(Value* elements, std::size_t count, blockcache::Pages& pages);
   /// Texts as keys and values in turn, `count` pairs. Of entries with the same key the first stays; the caller says
   /// when he knows that all keys are distinct.
-  [[nodiscard]] static Dictionary dictionary(Value* keysAndValues, std::size_t count, bool distinct);
+  [[nodiscard]] static Dictionary dictionary(Value* keysAndValues, std::size_t count, bool distinct,
+                                             blockcache::Pages& pages);
   /// Asks for the memory of the value's block, which is about to be changed.
   static void prefetch(const Value& value);
 };

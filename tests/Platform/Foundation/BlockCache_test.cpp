@@ -1,11 +1,14 @@
 #include <algorithm>
+#include <string>
 #include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include <quorvel/Platform/Foundation/BlockCache.h>
+#include <quorvel/Platform/Foundation/NSJSONSerialization.h>
 #include <quorvel/Platform/Foundation/String.h>
+#include <quorvel/Platform/Foundation/Value.h>
 
 namespace quorvel {
 namespace {
@@ -78,6 +81,41 @@ TEST(BlockCache, ABuilderThatGrowsAndShrinksKeepsItsUnits) {
     ASSERT_EQ(text.size(), size / 2);
     for (std::size_t i = 0; i < text.size(); ++i) EXPECT_EQ(text[i], i + 1);
   }
+}
+
+// What a reader made in pages: parts outlive the rest, grow, and die on another thread.
+TEST(BlockPages, PartsOfAReplyOutliveIt) {
+  std::string reply = "[";
+  for (int i = 0; i < 2000; ++i) {
+    reply += R"({"sender":"a longer name )" + std::to_string(i) + R"(","list":["one more text",)" + std::to_string(i) +
+             R"(],"text":")" + std::string(static_cast<std::size_t>(i) % 3000, 'x') + "\"},";
+  }
+  reply.back() = ']';
+  List lists;
+  Dictionary last;
+  std::vector<String> senders;
+  {
+    const Value value = NSJSONSerialization::parse(reply);
+    ASSERT_TRUE(value.isList());
+    for (const Value& record : *value.asList()) {
+      senders.push_back(String((*record.asDictionary())[u"sender"].text()));
+      lists.append((*record.asDictionary())[u"list"]);
+      last = *record.asDictionary();
+    }
+  }
+  for (int i = 0; i < 40; ++i) last.set(String::fromASCII("key " + std::to_string(i)), i);
+  EXPECT_EQ(last.size(), 43U);
+  EXPECT_EQ(last[u"text"].text().size(), 1999U);
+  std::thread([&senders, &lists] {
+    for (std::size_t i = 0; i < lists.size(); ++i) {
+      List list = *lists[i].asList();
+      list.append(u"grown");
+      EXPECT_EQ(list, (List{u"one more text", static_cast<int>(i), u"grown"}));
+      EXPECT_EQ(senders[i], String::fromASCII("a longer name " + std::to_string(i)));
+    }
+    lists = List();
+    senders.clear();
+  }).join();
 }
 
 }  // namespace
