@@ -110,6 +110,7 @@ TEST_F(KeychainKeeping, AnswersAtOnceWhateverStandsAtItsNames) {
   ASSERT_EQ(add(u"kim", "v"), errSecSuccess);
   Keychain::close();
   const std::string master = masterFile().filename();
+  constexpr auto kAtOnce = std::chrono::milliseconds(50);
   using Plant = void (*)(const fs::path& at, const fs::path& original);
   const std::pair<Plant, const char*> plants[] = {
       {[](const fs::path& at, const fs::path& original) { fs::create_symlink(original, at); }, "link to the original"},
@@ -129,11 +130,17 @@ TEST_F(KeychainKeeping, AnswersAtOnceWhateverStandsAtItsNames) {
       const fs::path original = root_ / "original";
       fs::rename(folder() / name, original);
       plant(folder() / name, original);
-      const auto start = std::chrono::steady_clock::now();
-      if (fs::exists(fs::symlink_status(folder() / name))) {  // devices need a privilege
-        EXPECT_EQ(read(u"kim"), "status -25291") << name << ": " << why;
+      // The best of a few: a machine may be busy, what waits for a FIFO or a lock is slow each time.
+      auto best = std::chrono::steady_clock::duration::max();
+      for (int attempt = 0; attempt < 5 && best >= kAtOnce; ++attempt) {
+        Keychain::close();
+        const auto start = std::chrono::steady_clock::now();
+        if (fs::exists(fs::symlink_status(folder() / name))) {  // devices need a privilege
+          EXPECT_EQ(read(u"kim"), "status -25291") << name << ": " << why;
+        }
+        best = std::min(best, std::chrono::steady_clock::now() - start);
       }
-      EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(500)) << name << ": " << why;
+      EXPECT_LT(best, kAtOnce) << name << ": " << why;
       Keychain::close();
       fs::remove_all(folder() / name);
       fs::rename(original, folder() / name);
