@@ -1,14 +1,19 @@
 // Matching of search terms that are not there, so that the whole text is looked through: against Qt's search, which
 // folds single characters, and ICU's collation search, which leaves out case or accents too.
 #include <memory>
+#include <vector>
 
 #include <bench/Cases.h>
 
+#include <quorvel/Platform/Foundation/NSRegularExpression.h>
+#include <quorvel/Utility/StringUtils+Highlight.h>
 #include <quorvel/Utility/TextMatch.h>
 
 #if QUORVEL_HAVE_QT
+#include <QRegularExpression>
 #include <QString>
 #endif
+#include <unicode/uregex.h>
 #include <unicode/usearch.h>
 
 namespace quorvel::bench {
@@ -70,7 +75,58 @@ void addAccented(std::size_t size) {
   addICU("match/accents/accented", size, text, term, UCOL_PRIMARY);
 }
 
+/// Every place of three keywords in 10 KB of Korean UTF-8, one keyword after the other and as one alternation.
+void addKeywords() {
+  const String text = bench::text(Script::Korean, 3600);
+  const StringView keywords[] = {StringView(text).sub(500, 2), StringView(text).sub(1700, 3), u"\uC5EC\uD589"};
+  std::vector<NSRegularExpression> ready;
+  std::u16string alternation;
+  std::u16string commas;
+  for (const StringView keyword : keywords) {
+    ready.push_back(*NSRegularExpression::withPattern(keyword, RegularExpressionOptions::CaseInsensitiveLiteral));
+    commas += std::u16string(keyword.units()) + u",";
+    alternation += (alternation.empty() ? u"" : u"|") + std::u16string(keyword.units());
+  }
+  const std::size_t size = text.toUTF8Replacing().size();
+  add("match/three keywords", size, "ours", [text, ready] {
+    std::vector<NSRange> ranges;
+    for (const NSRegularExpression& keyword : ready) {
+      for (const NSRange range : keyword.matchRanges(text)) ranges.push_back(range);
+    }
+    return ranges;
+  });
+  const String joined = commas;
+  add("match/three keywords highlighted", size, "ours",
+      [text, joined] { return StringUtilsHighlight::searchKeywordInText(text, joined, nil); });
+  const std::shared_ptr<URegularExpression> icu(
+      [&alternation] {
+        UErrorCode status = U_ZERO_ERROR;
+        return uregex_open(alternation.data(), static_cast<std::int32_t>(alternation.size()), UREGEX_CASE_INSENSITIVE,
+                           nullptr, &status);
+      }(),
+      uregex_close);
+  add("match/three keywords", size, "icu", [text, icu] {
+    UErrorCode status = U_ZERO_ERROR;
+    uregex_setText(icu.get(), text.data(), static_cast<std::int32_t>(text.size()), &status);
+    std::size_t count = 0;
+    while (uregex_findNext(icu.get(), &status)) ++count;
+    return count;
+  });
+#if QUORVEL_HAVE_QT
+  const QString q = QString::fromUtf16(text.data(), static_cast<qsizetype>(text.size()));
+  const QRegularExpression pcre(QString::fromUtf16(alternation.data(), static_cast<qsizetype>(alternation.size())),
+                                QRegularExpression::CaseInsensitiveOption);
+  add("match/three keywords", size, "qt", [q, pcre] {
+    std::size_t count = 0;
+    for (auto matches = pcre.globalMatch(q); matches.hasNext(); ++count) matches.next();
+    return count;
+  });
+#endif
+}
+
 void addAll() {
+  addKeywords();
+
   for (const std::size_t size : kSizes) {
     for (const auto& [script, name] : kScripts) addTerm(name, size, text(script, size));
     addAccented(size);
