@@ -88,13 +88,14 @@ class Trial {
   Trial(const Act& act, Failing kind, const Scratch& scratch, Told& told, Faults& faults)
       : act_(act), kind_(kind), scratch_(scratch), told_(told), faults_(faults) {}
 
-  /// How many failures were tried: every `step`-th call (QUORVEL_STEP) alone, and from there on for good.
+  /// How many failures were tried: each of the first calls, then every `step`-th (QUORVEL_STEP), alone and from there
+  /// on for good.
   std::size_t run(std::size_t step) {
     attempt(0, 0);
     if (!told_.done) faults_.add(std::string(act_.name) + " fails without a failing call");
     std::size_t tried = 0;
     const std::size_t calls = told_.calls;
-    for (std::size_t k = 1; k <= calls; k += step) {
+    for (std::size_t k = 1; k <= calls; k += k < kEach ? 1 : step) {
       for (const std::size_t count : {std::size_t{1}, SIZE_MAX}) {
         attempt(k, count);
         ++tried;
@@ -104,6 +105,8 @@ class Trial {
   }
 
  private:
+  static constexpr std::size_t kEach = 48;
+
   void attempt(std::size_t first, std::size_t count) {
     const fs::path folder = scratch_.keychain();
     where_ = std::string(act_.name) + ", call " + std::to_string(first) + (count > 1 ? " and later" : "");
