@@ -303,7 +303,7 @@ TEST(PNGReader, StopsWhenAskedTo) {
 /// Declared sizes beside next to no bytes: refused, or small, at once and without their memory.
 TEST(PNGReader, TakesNoMemoryForWhatAFileOnlyDeclares) {
   PNGSpec spec;
-  for (const PixelSize size : {PixelSize{60'000, 60'000}, PixelSize{32'767, 3'000}, PixelSize{10'000, 10'000}}) {
+  for (const PixelSize size : {PixelSize{60'000, 60'000}, PixelSize{32'766, 3'000}, PixelSize{10'000, 10'000}}) {
     spec.width = size.width;
     spec.height = size.height;
     spec.color = 6;
