@@ -38,22 +38,33 @@ constexpr TIFFSpec kSpecs[] = {
     {4, 8, PHOTOMETRIC_RGB, EXTRASAMPLE_UNASSALPHA, COMPRESSION_LZW, 0, ORIENTATION_TOPLEFT, false, "the same, tiles"},
     {1, 8, PHOTOMETRIC_MINISBLACK, 0, COMPRESSION_LZW, 3, ORIENTATION_TOPLEFT, false, "grey"},
     {1, 8, PHOTOMETRIC_MINISWHITE, 0, COMPRESSION_NONE, 3, ORIENTATION_TOPLEFT, false, "white is 0"},
+    {1, 16, PHOTOMETRIC_MINISBLACK, 0, COMPRESSION_LZW, 9, ORIENTATION_TOPLEFT, false, "grey of 16 bits"},
+    {2, 8, PHOTOMETRIC_MINISBLACK, EXTRASAMPLE_ASSOCALPHA, COMPRESSION_LZW, 9, ORIENTATION_TOPLEFT, false,
+     "with alpha"},
+    {2, 8, PHOTOMETRIC_MINISBLACK, EXTRASAMPLE_UNASSALPHA, COMPRESSION_LZW, 9, ORIENTATION_TOPLEFT, false, "straight"},
+    {2, 8, PHOTOMETRIC_MINISWHITE, EXTRASAMPLE_UNASSALPHA, COMPRESSION_LZW, 0, ORIENTATION_TOPLEFT, false, "in tiles"},
+    {2, 16, PHOTOMETRIC_MINISBLACK, EXTRASAMPLE_UNASSALPHA, COMPRESSION_LZW, 9, ORIENTATION_TOPLEFT, false, "deep"},
+    {2, 8, PHOTOMETRIC_MINISBLACK, EXTRASAMPLE_UNASSALPHA, COMPRESSION_LZW, 9, ORIENTATION_TOPLEFT, true, "planes"},
+    {4, 8, PHOTOMETRIC_SEPARATED, 0, COMPRESSION_LZW, 9, ORIENTATION_TOPLEFT, false, "four inks"},
 };
 constexpr std::uint32_t kWidth = 37;
 constexpr std::uint32_t kHeight = 41;
 
 unsigned sample(const TIFFSpec& spec, std::uint32_t x, std::uint32_t y, unsigned channel) {
   const unsigned value = (x * 5 + y * 3 * (channel + 1)) & 0xFF;
-  if (channel == 3) return 255 - value / 4;
+  if (spec.alpha && channel + 1U == spec.samples) return 255 - value / 4;
   return spec.alpha == EXTRASAMPLE_ASSOCALPHA ? value / 2 : value;
 }
 
 std::uint32_t expectedPixel(const TIFFSpec& spec, std::uint32_t x, std::uint32_t y) {
-  const unsigned alpha = spec.alpha ? sample(spec, x, y, 3) : 255;
+  const unsigned alpha = spec.alpha ? sample(spec, x, y, spec.samples - 1U) : 255;
   std::uint32_t pixel = alpha << 24;
   for (unsigned c = 0; c < 3; ++c) {
-    double value = sample(spec, x, y, spec.samples == 1 ? 0 : c);
+    double value = sample(spec, x, y, spec.samples < 3 ? 0 : c);
     if (spec.photometric == PHOTOMETRIC_MINISWHITE) value = 255 - value;
+    if (spec.photometric == PHOTOMETRIC_SEPARATED) {
+      value = std::floor((255 - value) * (255 - sample(spec, x, y, 3)) / 255);
+    }
     if (spec.alpha == EXTRASAMPLE_UNASSALPHA) value = value * alpha / 255;
     pixel |= static_cast<std::uint32_t>(std::lround(value)) << (16 - 8 * c);
   }
