@@ -80,11 +80,10 @@ int swallow(TIFF* /*tiff*/, void* /*data*/, const char* /*module*/, const char* 
   return 1;
 }
 
-/// Samples of grey with their alpha beside them. libtiff's own way reads tiles of them wrongly at the right border,
-/// multiplies none with its alpha, and loses the alpha of 16 bits.
-void putGrayAlpha(TIFFRGBAImage* image, std::uint32_t* to, std::uint32_t /*x*/, std::uint32_t /*y*/,
-                  std::uint32_t width, std::uint32_t height, std::int32_t pixelsBetween, std::int32_t wordsBetween,
-                  unsigned char* from) {
+/// Samples of grey, each with others beside it, of which the first may be its alpha. libtiff's own way takes those at
+/// the right border of tiles from wrong places, multiplies none with its alpha, and loses the alpha of 16 bits.
+void putGray(TIFFRGBAImage* image, std::uint32_t* to, std::uint32_t /*x*/, std::uint32_t /*y*/, std::uint32_t width,
+             std::uint32_t height, std::int32_t pixelsBetween, std::int32_t wordsBetween, unsigned char* from) {
   const std::ptrdiff_t bytes = image->bitspersample / 8;
   const auto sample = [bytes](const std::uint8_t* at) -> std::uint32_t {
     std::uint16_t deep = 0;
@@ -96,7 +95,7 @@ void putGrayAlpha(TIFFRGBAImage* image, std::uint32_t* to, std::uint32_t /*x*/, 
   const std::uint32_t flip = image->photometric == PHOTOMETRIC_MINISWHITE ? 0xFFFFFF : 0;
   for (; height > 0; --height, from += step * pixelsBetween, to += wordsBetween) {
     for (std::uint32_t x = 0; x < width; ++x, from += step, ++to) {
-      *to = (sample(from) * 0x010101 ^ flip) | sample(from + bytes) << 24;
+      *to = (sample(from) * 0x010101 ^ flip) | (image->alpha ? sample(from + bytes) : 255) << 24;
       if (image->alpha == EXTRASAMPLE_UNASSALPHA) *to = premultipliedPixel(*to);
     }
   }
@@ -119,7 +118,7 @@ class Page {
     isBegun_ = tiff_ && f.TIFFRGBAImageOK(tiff_, message) && f.TIFFRGBAImageBegin(&image_, tiff_, 1, message);
     image_.req_orientation = image_.orientation;
     const bool isGray = image_.photometric == PHOTOMETRIC_MINISBLACK || image_.photometric == PHOTOMETRIC_MINISWHITE;
-    if (isGray && image_.alpha != 0 && image_.isContig && image_.bitspersample >= 8) image_.put.contig = putGrayAlpha;
+    if (isBegun_ && isGray && image_.isContig && image_.bitspersample >= 8) image_.put.contig = putGray;
   }
   Page(const Page&) = delete;
   Page& operator=(const Page&) = delete;
