@@ -82,8 +82,10 @@ TEST(HEIFReader, TakesNoMemoryForWhatAFileOnlyDeclares) {
 }
 
 TEST(HEIFReader, SurvivesEveryCutAndFlippedByteInSilence) {
-  for (const heif_compression_format format : kFormats) {
-    const Bytes& file = heifFile(format, false);
+  const Bytes* const files[] = {&heifFile(heif_compression_HEVC, false), &heifFile(heif_compression_AV1, false),
+                                &heifFile(heif_compression_AV1, true)};
+  for (std::size_t format = 0; format < std::size(files); ++format) {
+    const Bytes& file = *files[format];
     testing::internal::CaptureStderr();
     testing::internal::CaptureStdout();
     int shown = 0;
