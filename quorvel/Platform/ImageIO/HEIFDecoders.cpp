@@ -228,25 +228,6 @@ bool nextUnit(ByteView stream, std::uint64_t& at, unsigned& type) {
   return false;
 }
 
-/// False where a sequence declares a picture beyond our limits.
-bool isWithinLimits(ByteView stream) {
-  constexpr unsigned kSequence = 1;
-  unsigned type = 0;
-  std::uint64_t at = 0;
-  for (std::uint64_t start = 0; start < stream.size(); start = at) {
-    const bool goesOn = nextUnit(stream, at, type);
-    aom_codec_stream_info_t info{};
-    const ImageBytes unit = stream.part(start);
-    if (type == kSequence &&
-        av1().aom_codec_peek_stream_info(av1().aom_codec_av1_dx(), unit.data(), unit.size(), &info) == AOM_CODEC_OK) {
-      if (info.w > limits::kImageSide || info.h > limits::kImageSide) return false;
-      if (std::int64_t{info.w} * info.h > limits::kImagePixels) return false;
-    }
-    if (!goesOn) return true;
-  }
-  return true;
-}
-
 void freeDecoder(void* decoder) {
   auto* const codec = static_cast<aom_codec_ctx_t*>(decoder);
   av1().aom_codec_destroy(codec);
@@ -309,7 +290,7 @@ constexpr heif_decoder_plugin kAV1 = {
         [](void* decoder, const void* bytes, std::size_t size) {
           const ImageBytes stream(static_cast<const std::uint8_t*>(bytes), size);
           auto* const codec = static_cast<aom_codec_ctx_t*>(decoder);
-          const bool isDecoded = isWithinLimits(ByteView(stream)) &&
+          const bool isDecoded = isAV1WithinLimits(stream) &&
                                  av1().aom_codec_decode(codec, stream.data(), stream.size(), nullptr) == AOM_CODEC_OK;
           return isDecoded ? done() : failed();
         },
@@ -320,6 +301,25 @@ constexpr heif_decoder_plugin kAV1 = {
 };
 
 }  // namespace
+
+bool isAV1WithinLimits(ImageBytes bytes) {
+  const ByteView stream(bytes);
+  constexpr unsigned kSequence = 1;
+  unsigned type = 0;
+  std::uint64_t at = 0;
+  for (std::uint64_t start = 0; start < stream.size(); start = at) {
+    const bool goesOn = nextUnit(stream, at, type);
+    aom_codec_stream_info_t info{};
+    const ImageBytes unit = stream.part(start);
+    if (type == kSequence &&
+        av1().aom_codec_peek_stream_info(av1().aom_codec_av1_dx(), unit.data(), unit.size(), &info) == AOM_CODEC_OK) {
+      if (info.w > limits::kImageSide || info.h > limits::kImageSide) return false;
+      if (std::int64_t{info.w} * info.h > limits::kImagePixels) return false;
+    }
+    if (!goesOn) return true;
+  }
+  return true;
+}
 
 void addSilentDecoders() {
   if (!heif().isComplete()) return;

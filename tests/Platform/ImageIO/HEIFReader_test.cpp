@@ -2,6 +2,7 @@
 #include <tests/support/HEIFFiles.h>
 #include <tests/support/PNGFiles.h>
 
+#include <quorvel/Platform/ImageIO/HEIFDecoders.h>
 #include <quorvel/Platform/ImageIO/ImageReader.h>
 
 namespace quorvel {
@@ -79,6 +80,51 @@ TEST(HEIFReader, TakesNoMemoryForWhatAFileOnlyDeclares) {
     const std::uint32_t side = 1U << (exponent + 7);
     EXPECT_FALSE(read(file, {10, 10}, side, side));
   }
+}
+
+/// A unit of AV1 that begins a sequence of still pictures of these sides.
+Bytes av1Sequence(std::uint32_t width, std::uint32_t height, bool tellsLength = true) {
+  std::vector<bool> bits;
+  const auto put = [&bits](std::uint32_t value, unsigned count) {
+    while (count-- > 0) bits.push_back(value >> count & 1);
+  };
+  put(0b000'1'1, 5);  // profile, still, reduced
+  put(0, 5);
+  put(0xFF, 8);  // both sides take 16 bits
+  put(width - 1, 16);
+  put(height - 1, 16);
+  put(0, 14);
+  put(1, 1);
+  bits.resize((bits.size() + 7) / 8 * 8);
+  Bytes unit = {static_cast<std::uint8_t>(tellsLength ? 0x0A : 0x08)};
+  if (tellsLength) unit.push_back(static_cast<std::uint8_t>(bits.size() / 8));
+  for (std::size_t i = 0; i < bits.size(); ++i) {
+    if (i % 8 == 0) unit.push_back(0);
+    unit.back() = static_cast<std::uint8_t>(unit.back() | (bits[i] ? 0x80U >> i % 8 : 0U));
+  }
+  return unit;
+}
+
+TEST(HEIFReader, RefusesAV1BeyondTheLimits) {
+  const auto both = [](Bytes first, const Bytes& second) {
+    first.insert(first.end(), second.begin(), second.end());
+    return first;
+  };
+  const Bytes delimiter = {0x12, 0};
+  const std::tuple<Bytes, bool, const char*> rows[] = {
+      {av1Sequence(64, 64), true, "small"},
+      {av1Sequence(32'766, 3'000), true, "as long as may be"},
+      {av1Sequence(32'767, 1), false, "longer"},
+      {av1Sequence(1, 65'536), false, "higher"},
+      {av1Sequence(10'000, 10'001), false, "more pixels"},
+      {both(delimiter, av1Sequence(65'536, 65'536)), false, "behind another unit"},
+      {both(av1Sequence(64, 64), av1Sequence(65'536, 65'536)), false, "behind a small one"},
+      {both(av1Sequence(64, 64), av1Sequence(65'536, 65'536, false)), true, "without a length, libaom takes none"},
+      {{0x0A}, true, "nothing declared"},
+      {{0x0A, 0x80}, true, "a length that does not end"},
+      {{}, true, "nothing at all"},
+  };
+  for (const auto& [stream, isWithin, why] : rows) EXPECT_EQ(isAV1WithinLimits(stream), isWithin) << why;
 }
 
 TEST(HEIFReader, SurvivesEveryCutAndFlippedByteInSilence) {
