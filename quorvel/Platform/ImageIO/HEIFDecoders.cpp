@@ -3,6 +3,7 @@
 #include <cstring>
 #include <memory>
 #include <new>
+#include <type_traits>
 
 #include <aom/aom_decoder.h>
 #include <aom/aomdx.h>
@@ -164,6 +165,14 @@ Decoded decodedOf(const de265_image* picture) {
   return decoded;
 }
 
+/// As the stream holds it, which may be none that the type knows.
+template <class Enumeration>
+std::uint16_t numberOf(const Enumeration& member) {
+  std::underlying_type_t<Enumeration> number;
+  std::memcpy(&number, &member, sizeof number);
+  return static_cast<std::uint16_t>(number);
+}
+
 Decoded decodedOf(const aom_image_t& picture) {
   Decoded decoded;
   for (std::size_t i = 0; i < (picture.monochrome ? 1 : 3); ++i) {
@@ -179,9 +188,9 @@ Decoded decodedOf(const aom_image_t& picture) {
                                               : heif_chroma_444;
   }
   decoded.isFullRange = picture.range == AOM_CR_FULL_RANGE;
-  decoded.primaries = static_cast<std::uint16_t>(picture.cp);
-  decoded.transfer = static_cast<std::uint16_t>(picture.tc);
-  decoded.matrix = static_cast<std::uint16_t>(picture.mc);
+  decoded.primaries = numberOf(picture.cp);
+  decoded.transfer = numberOf(picture.tc);
+  decoded.matrix = numberOf(picture.mc);
   return decoded;
 }
 
