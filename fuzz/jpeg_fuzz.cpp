@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include <fuzz/FuzzInput.h>
+#include <fuzz/DamagedFile.h>
 #include <tests/support/JPEGFiles.h>
 
 #include <quorvel/Platform/Foundation/WideKernels.h>
@@ -65,22 +65,8 @@ const std::vector<Bytes>& bases() {
 Bytes fileOf(fuzz::Input& input) {
   const std::string_view rest = input.bytes();
   if (rest.starts_with("\xFF\xD8")) return {rest.begin(), rest.end()};
-  Bytes file = bases()[input.byte() % bases().size()];
-  while (!input.bytes().empty() && file.size() > 2) {
-    const unsigned high = input.byte();
-    const std::size_t at = 2 + (high << 8 | input.byte()) % (file.size() - 2);
-    const std::uint8_t value = input.byte();
-    if (high < 0xC0) {
-      file[at] = value;
-    } else if (high < 0xE0) {
-      file.insert(file.begin() + static_cast<std::ptrdiff_t>(at), value);
-    } else if (high < 0xF8) {
-      file.erase(file.begin() + static_cast<std::ptrdiff_t>(at));
-    } else {
-      file.resize(at);
-    }
-  }
-  return file;
+  const Bytes& base = bases()[input.byte() % bases().size()];
+  return fuzz::damaged(base, 2, input);
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 
 #include <apps/quorvel/Backup.h>
 #include <apps/quorvel/Operation.h>
+#include <apps/quorvel/OptionWords.h>
 
 #include <quorvel/Platform/Foundation/BackupExclusion.h>
 
@@ -146,23 +147,20 @@ const Format* formatNamed(std::string_view name) {
 }
 
 /// False, and why in `error`.
-bool readRequest(std::span<const std::string_view> words, Request& request, std::string& error) {
-  constexpr std::string_view kOption = "--format";
-  for (std::size_t i = 0; i < words.size(); ++i) {
-    std::string_view word = words[i];
-    if (word == kOption || word.starts_with("--format=")) {
-      const bool isNext = word == kOption;
-      const std::string_view name = isNext ? (++i < words.size() ? words[i] : "") : word.substr(kOption.size() + 1);
-      const Format* format = formatNamed(name);
-      if (!format) return error = joined({"no format is named '", name, "'"}), false;
-      request.pattern = format->pattern;
-    } else if (word.starts_with("--") || !request.folder.empty() || word.empty()) {
-      return error = joined({"unexpected '", word, "'"}), false;
-    } else {
-      request.folder = word;
+bool readRequest(std::span<const std::string_view> given, Request& request, std::string& error) {
+  constexpr std::string_view kOptions[] = {"--format="};
+  OptionWords words(given, kOptions);
+  while (words.next()) {
+    if (words.name.empty()) {
+      if (!request.folder.empty() || words.value.empty()) words.refuse();
+      request.folder = words.value;
+      continue;
     }
+    const Format* const format = formatNamed(words.value);
+    if (!format) return error = joined({"no format is named '", words.value, "'"}), false;
+    request.pattern = format->pattern;
   }
-  if (request.folder.empty()) error = "expected a folder";
+  error = words.error.empty() && request.folder.empty() ? "expected a folder" : words.error;
   return error.empty();
 }
 

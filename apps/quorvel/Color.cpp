@@ -4,6 +4,7 @@
 
 #include <apps/quorvel/Color.h>
 #include <apps/quorvel/Operation.h>
+#include <apps/quorvel/OptionWords.h>
 #include <apps/quorvel/Terminal.h>
 
 #include <quorvel/Extensions/UIKit/UIColor+Common.h>
@@ -43,24 +44,19 @@ struct Request {
 };
 
 /// False, and why in `error`.
-bool readRequest(std::span<const std::string_view> words, Request& request, std::string& error) {
-  constexpr std::string_view kOn = "--on";
-  for (std::size_t i = 0; i < words.size(); ++i) {
-    const std::string_view word = words[i];
-    if (word == "--json") {
+bool readRequest(std::span<const std::string_view> given, Request& request, std::string& error) {
+  constexpr std::string_view kOptions[] = {"--json", "--on="};
+  OptionWords words(given, kOptions);
+  while (words.next()) {
+    if (words.name == "--json") {
       request.json = true;
-    } else if (word == kOn) {
-      if (++i == words.size()) return error = "--on needs a background", false;
-      request.background = words[i];
-    } else if (word.starts_with("--on=")) {
-      request.background = word.substr(kOn.size() + 1);
-    } else if (word.starts_with("--")) {
-      return error = joined({"unexpected '", word, "'"}), false;
+    } else if (words.name == "--on") {
+      request.background = words.value;
     } else {
-      request.colors.push_back(word);
+      request.colors.push_back(words.value);
     }
   }
-  if (request.colors.empty()) error = "expected a colour";
+  error = words.error.empty() && request.colors.empty() ? "expected a colour" : words.error;
   return error.empty();
 }
 

@@ -7,7 +7,9 @@
 #include <apps/quorvel/Help.h>
 #include <apps/quorvel/Keychain.h>
 #include <apps/quorvel/Operation.h>
+#include <apps/quorvel/OptionWords.h>
 #include <apps/quorvel/Search.h>
+#include <apps/quorvel/Terminal.h>
 #include <apps/quorvel/image/Gallery.h>
 #include <apps/quorvel/image/Image.h>
 
@@ -117,14 +119,13 @@ std::string shellWord(std::string_view word) {
   return joined({"'", quoted, "'"});
 }
 
-int runList(std::span<const std::string_view> words) {
+int runList(std::span<const std::string_view> given) {
   std::string_view family;
-  if (words.size() == 2 && words[0] == "--family") {
-    family = words[1];
-  } else if (words.size() == 1 && words[0].starts_with("--family=")) {
-    family = words[0].substr(std::string_view("--family=").size());
-  } else if (!words.empty()) {
-    std::fputs("quorvel list: expected nothing or --family FAMILY\n", stderr);
+  constexpr std::string_view kOptions[] = {"--family="};
+  OptionWords words(given, kOptions);
+  while (words.next()) words.name.empty() ? words.refuse() : void(family = words.value);
+  if (!words.error.empty()) {
+    std::fprintf(stderr, "quorvel list: %s\n", plainText(words.error).c_str());
     return kUsageError;
   }
   std::string text;

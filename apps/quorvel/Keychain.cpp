@@ -4,6 +4,7 @@
 #include <string>
 
 #include <apps/quorvel/Keychain.h>
+#include <apps/quorvel/OptionWords.h>
 
 #include <quorvel/Platform/Security/Keychain.h>
 #include <quorvel/Utility/KeychainAccessor.h>
@@ -202,27 +203,28 @@ constexpr Verb kVerbs[] = {
     {"put", put, true},        {"update", update, true}, {"get", get, true},          {"delete", remove, true},
 };
 
-constexpr std::pair<std::string_view, std::string Options::*> kOptions[] = {
+using Option = std::pair<std::string_view, std::string Options::*>;
+constexpr Option kOptions[] = {
     {"--folder", &Options::folder},  {"--source", &Options::source}, {"--key", &Options::key},
     {"--new-key", &Options::newKey}, {"--to", &Options::to},         {"--group", &Options::group},
 };
 
 /// An error text, or an empty one.
-std::string parse(Words words, const Verb& verb, Options& options) {
+std::string parse(std::span<const std::string_view> given, const Verb& verb, Options& options) {
+  constexpr std::string_view kNames[] = {"--folder=", "--source=", "--key=", "--new-key=", "--to=", "--group="};
   bool hasAccount = false;
-  for (std::size_t i = 0; i < words.size(); ++i) {
-    const auto* option =
-        std::ranges::find(kOptions, words[i], &std::pair<std::string_view, std::string Options::*>::first);
-    if (option != std::end(kOptions)) {
-      if (i + 1 == words.size()) return std::string(words[i]) + " takes a value";
-      options.*option->second = words[++i];
-    } else if (words[i].starts_with("--") || hasAccount || !verb.takesAccount) {
-      return "unexpected '" + std::string(words[i]) + "'";
+  OptionWords words(given, kNames);
+  while (words.next()) {
+    if (!words.name.empty()) {
+      options.*std::ranges::find(kOptions, words.name, &Option::first)->second = words.value;
+    } else if (hasAccount || !verb.takesAccount) {
+      words.refuse();
     } else {
-      options.account = words[i];
+      options.account = words.value;
       hasAccount = true;
     }
   }
+  if (!words.error.empty()) return words.error;
   if (verb.takesAccount && (!hasAccount || options.group.empty())) return "ACCOUNT and --group are needed";
   return keySourceNamed(options.source) ? "" : "--source takes file, secret-service or handed-in";
 }

@@ -2,6 +2,7 @@
 #include <charconv>
 #include <utility>
 
+#include <apps/quorvel/OptionWords.h>
 #include <apps/quorvel/SearchOptions.h>
 
 #include <quorvel/Platform/Foundation/Value.h>
@@ -54,7 +55,6 @@ std::string store(SearchOptions& options, std::string_view name, std::string_vie
   const std::string given = ", not '" + std::string(value) + "'";
   if (name == "--limit") return parseCount(value, options.limit) ? "" : "--limit takes a number from 0 up" + given;
   if (name == "--color") return parseColor(value, options.color) ? "" : "--color takes auto, always or never" + given;
-  if (name != "--text") return "unknown option '" + std::string(name) + "'";
   const std::optional<String> text = String::fromUTF8(value);
   if (!text) return "--text is not valid UTF-8";
   options.text = *text;
@@ -64,26 +64,26 @@ std::string store(SearchOptions& options, std::string_view name, std::string_vie
 }  // namespace
 
 std::variant<SearchOptions, std::string> parseSearchOptions(std::span<const std::string_view> arguments) {
+  constexpr std::string_view kOptions[] = {
+      "--json", "--typing", "--help", "--reply=", "--text=", "--list=", "--field=", "--url=", "--limit=", "--color="};
   SearchOptions options;
   bool hasText = false;
-  for (std::size_t i = 0; i < arguments.size(); ++i) {
-    const std::string_view word = arguments[i];
-    if (word == "--json" || word == "--typing") {
-      (word == "--json" ? options.json : options.typing) = true;
-      continue;
-    }
-    if (word == "--help" || word == "-h") {
+  OptionWords words(arguments, kOptions);
+  while (words.next()) {
+    if (words.name == "--help" || (words.name.empty() && words.value == "-h")) {
       options.help = true;
       return options;
     }
-    const std::size_t equals = word.starts_with("--") ? word.find('=') : std::string_view::npos;
-    const std::string_view name = word.substr(0, equals);
-    if (!name.starts_with("--")) return "unexpected argument '" + std::string(word) + "'";
-    if (equals == std::string_view::npos && i + 1 == arguments.size()) return std::string(name) + " needs a value";
-    const std::string_view value = equals != std::string_view::npos ? word.substr(equals + 1) : arguments[++i];
-    if (std::string error = store(options, name, value); !error.empty()) return error;
-    hasText = hasText || name == "--text";
+    if (words.name == "--json" || words.name == "--typing") {
+      (words.name == "--json" ? options.json : options.typing) = true;
+    } else if (words.name.empty()) {
+      words.refuse();
+    } else if (std::string error = store(options, words.name, words.value); !error.empty()) {
+      return error;
+    }
+    hasText = hasText || words.name == "--text";
   }
+  if (!words.error.empty()) return words.error;
   if (options.reply.empty()) return "--reply is missing";
   if (!hasText) return "--text is missing";
   return options;

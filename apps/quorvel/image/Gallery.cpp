@@ -3,6 +3,7 @@
 #include <numbers>
 
 #include <apps/quorvel/Operation.h>
+#include <apps/quorvel/OptionWords.h>
 #include <apps/quorvel/Terminal.h>
 #include <apps/quorvel/image/ContactSheet.h>
 #include <apps/quorvel/image/Gallery.h>
@@ -232,20 +233,21 @@ struct Request {
 };
 
 /// False, and why in `error`.
-bool readRequest(std::span<const std::string_view> words, Request& request, std::string& error) {
-  for (std::size_t i = 0; i < words.size(); ++i) {
-    if (words[i] == "--force") {
+bool readRequest(std::span<const std::string_view> given, Request& request, std::string& error) {
+  constexpr std::string_view kOptions[] = {"--force", "--picture="};
+  OptionWords words(given, kOptions);
+  while (words.next()) {
+    if (words.name == "--force") {
       request.replaces = true;
-    } else if (words[i] == "--picture") {
-      if (++i == words.size()) return error = "--picture needs a file", false;
-      request.picture = words[i];
-    } else if (words[i].starts_with("--") || !request.output.empty()) {
-      return error = joined({"unexpected '", words[i], "'"}), false;
+    } else if (words.name == "--picture") {
+      request.picture = words.value;
+    } else if (request.output.empty()) {
+      request.output = words.value;
     } else {
-      request.output = words[i];
+      words.refuse();
     }
   }
-  if (request.output.empty()) error = "expected a file to write";
+  error = words.error.empty() && request.output.empty() ? "expected a file to write" : words.error;
   return error.empty();
 }
 

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include <apps/quorvel/Operation.h>
+#include <apps/quorvel/OptionWords.h>
 #include <apps/quorvel/image/ImageOptions.h>
 
 #include <quorvel/Extensions/UIKit/UIColor+Companions.h>
@@ -130,6 +131,10 @@ constexpr Flag kFlags[] = {{"--force", &ImageOptions::replaces},
                            {"--json", &ImageOptions::json},
                            {"--gaussian", &ImageOptions::isGaussian}};
 
+constexpr std::string_view kOptions[] = {"--force",   "--in-place",    "--json",    "--gaussian",
+                                         "--output=", "--mask=",       "--format=", "--preset=",
+                                         "--radius=", "--saturation=", "--wash="};
+
 template <class Choice, std::size_t N>
 bool choose(const std::pair<std::string_view, Choice> (&choices)[N], std::string_view name, Choice& chosen) {
   const auto* choice = std::ranges::find(choices, name, &std::pair<std::string_view, Choice>::first);
@@ -184,34 +189,28 @@ std::string conflict(const ImageOptions& options) {
 
 std::string_view nameOf(ImageAction action) { return std::ranges::find(kActions, action, &ActionWords::action)->name; }
 
-bool readImageOptions(std::span<const std::string_view> words, ImageOptions& options, std::string& error) {
-  const auto* action = words.empty() ? std::end(kActions) : std::ranges::find(kActions, words[0], &ActionWords::name);
+bool readImageOptions(std::span<const std::string_view> given, ImageOptions& options, std::string& error) {
+  const auto* action = given.empty() ? std::end(kActions) : std::ranges::find(kActions, given[0], &ActionWords::name);
   if (action == std::end(kActions)) {
     error = "expected info, thumb, resize, blur, tint, gray, crop, mask or fit";
     return false;
   }
   options.action = action->action;
   bool needsOperand = action->operand != Operand::None;
-  bool takesOptions = true;
-  for (std::size_t i = 1; i < words.size() && error.empty(); ++i) {
-    const std::string_view word = words[i];
-    const auto* flag = std::ranges::find(kFlags, word, &Flag::name);
-    if (takesOptions && word == "--") {
-      takesOptions = false;
-    } else if (takesOptions && flag != std::end(kFlags)) {
+  OptionWords words(given.subspan(1), kOptions);
+  while (error.empty() && words.next()) {
+    const auto* flag = std::ranges::find(kFlags, words.name, &Flag::name);
+    if (flag != std::end(kFlags)) {
       options.*flag->member = true;
-    } else if (takesOptions && word.starts_with("--")) {
-      const std::size_t equals = word.find('=');
-      const bool isNext = equals == word.npos;
-      if (isNext && ++i == words.size()) return error = joined({word, " needs a value"}), false;
-      error = storeOption(options, word.substr(0, equals), isNext ? words[i] : word.substr(equals + 1));
+    } else if (!words.name.empty()) {
+      error = storeOption(options, words.name, words.value);
     } else if (std::exchange(needsOperand, false)) {
-      error = storeOperand(options, *action, word);
+      error = storeOperand(options, *action, words.value);
     } else {
-      options.files.emplace_back(word);
+      options.files.emplace_back(words.value);
     }
   }
-  if (error.empty()) error = conflict(options);
+  if (error.empty()) error = words.error.empty() ? conflict(options) : words.error;
   return error.empty();
 }
 

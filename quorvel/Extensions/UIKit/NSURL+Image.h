@@ -8,8 +8,8 @@
 namespace quorvel {
 
 /// `imageFileDimensionSize`: width and height of the file's first image in pixels, as stored, whatever its orientation;
-/// of an animation those of its canvas, even where no frame of it is there. 0 by 0 when they are unknown, the file
-/// cannot be read or is no image. No more of the file is read than it takes, and nothing is decoded.
+/// of an animation those of its canvas. 0 by 0 when they are unknown, when the file holds no image, such as a GIF
+/// without a frame, and when it cannot be read. No more of it is read than it takes, and nothing is decoded.
 [[nodiscard]] CGSize imageFileDimensionSize(const NSURL& url);
 
 }  // namespace quorvel

@@ -21,6 +21,9 @@ using Canvas = std::unique_ptr<cairo_t, Release>;
 using Surface = std::unique_ptr<cairo_surface_t, Release>;
 using Pattern = std::unique_ptr<cairo_pattern_t, Release>;
 
+/// Of the transparency layers that are open at once; who draws on the screen opens a few.
+constexpr std::size_t kLayerBytes = std::size_t{1} << 30;
+
 /// A surface over pixels that outlive it. Cairo takes them for writable; those of an image are only read.
 Surface surfaceOver(const CGBitmap& bitmap) {
   auto* data = const_cast<unsigned char*>(bitmap.data());
@@ -134,9 +137,9 @@ cairo_matrix_t placement(double width, double height, UIImageOrientation orienta
   cairo_matrix_t m;
   cairo_matrix_init_scale(&m, 1 / width, 1 / height);
   cairo_matrix_t turn;
+  cairo_matrix_init_identity(&turn);
   switch (orientation) {
     case UIImageOrientation::Up:
-      cairo_matrix_init_identity(&turn);
       break;
     case UIImageOrientation::Down:
       cairo_matrix_init(&turn, -1, 0, 0, -1, 1, 1);
@@ -210,6 +213,7 @@ struct CGContext::Drawing {
   }
 
   bool beginLayer() {
+    if ((under.size() + 1) * bitmap->bytesPerRow() * bitmap->height() > kLayerBytes) return false;
     auto layer =
         CGBitmap::make(static_cast<std::int64_t>(bitmap->width()), static_cast<std::int64_t>(bitmap->height()));
     if (!layer) return false;

@@ -15,7 +15,8 @@ enum class CGBlendMode : std::uint8_t {
   DestinationOver = 21
 };
 
-/// How the pixels of a file lie in the upright picture; the numbers are the platform's, not those of EXIF.
+/// How the pixels of a file lie in the upright picture; the numbers are the platform's, not those of EXIF. Another
+/// number counts as `Up`.
 enum class UIImageOrientation : std::uint8_t {
   Up = 0,
   Down = 1,
@@ -28,7 +29,7 @@ enum class UIImageOrientation : std::uint8_t {
 };
 /// True when the upright picture is as wide as the stored one is high.
 [[nodiscard]] constexpr bool swapsSides(UIImageOrientation orientation) {
-  return (static_cast<unsigned>(orientation) & 2U) != 0;
+  return orientation <= UIImageOrientation::RightMirrored && (static_cast<unsigned>(orientation) & 2U) != 0;
 }
 
 class CGContext {
@@ -48,7 +49,8 @@ class CGContext {
   void restoreGState();
   /// `CGContextBeginTransparencyLayer`, `CGContextEndTransparencyLayer`: what is drawn between them is drawn apart, and
   /// then over what was there as one, with the alpha, blending and mask in force at the beginning. They nest, each with
-  /// a state of its own; an end without a beginning does nothing. False without memory: all then goes on as before.
+  /// a state of its own; an end without a beginning does nothing. False without memory, and where the layers under way
+  /// would come to more than 1 GiB: all then goes on as before.
   bool beginTransparencyLayer();
   void endTransparencyLayer();
   /// `CGContextScaleCTM`, `CGContextTranslateCTM`

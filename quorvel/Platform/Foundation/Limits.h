@@ -42,8 +42,8 @@ inline constexpr std::size_t kResourceFileBytes = 16 * 1024 * 1024;
 /// Nesting of a property list, and objects of one in the binary form; beyond them it is nil.
 inline constexpr std::size_t kPropertyListDepth = 512;
 inline constexpr std::size_t kPropertyListObjects = 1'000'000;
-/// Pixels of a side of an image, and of a whole one.
-inline constexpr std::int64_t kImageSide = 32'767;
+/// Pixels of a side of an image, and of a whole one. With one more on a side, cairo draws nothing and tells nobody.
+inline constexpr std::int64_t kImageSide = 32'766;
 inline constexpr std::int64_t kImagePixels = 100'000'000;
 /// Bytes of an image file that is read, and of the pixels that a full decode may take.
 inline constexpr std::size_t kImageFileBytes = 64 * 1024 * 1024;

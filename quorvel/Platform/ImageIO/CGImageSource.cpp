@@ -67,7 +67,7 @@ StringView CGImageSource::type() const { return typeIdentifier(facts_.format); }
 
 PixelSize CGImageSource::pixelSize() {
   readUntil([](const ImageFacts& facts) { return facts.isComplete || facts.isSizeFinal(); });
-  return {facts_.width, facts_.height};
+  return facts_.frameCount > 0 ? PixelSize{facts_.width, facts_.height} : PixelSize{};
 }
 
 std::size_t CGImageSource::count() {

@@ -26,7 +26,7 @@ class CGImageSource {
   /// `CGImageSourceGetCount`: frames or pages; 0 when unknown, as of a PDF.
   [[nodiscard]] std::size_t count();
   /// What `properties` says under `kCGImagePropertyPixelWidth` and `kCGImagePropertyPixelHeight`, 0 for what is
-  /// missing. The canvas of a GIF or a WebP that is cut before its first frame has a size too, though no properties.
+  /// missing, and where there are no properties.
   [[nodiscard]] PixelSize pixelSize();
   /// `CGImageSourceCopyPropertiesAtIndex` of the first image; nil when there is none.
   [[nodiscard]] std::optional<Dictionary> properties();

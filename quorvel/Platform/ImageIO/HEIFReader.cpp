@@ -22,7 +22,7 @@ static_assert(std::int64_t{kLongestSide} * kLongestSide <= limits::kImagePixels)
 /// The functions of libheif, found by name.
 struct Functions : LoadedLibrary {
   // NOLINTBEGIN(readability-identifier-naming): the members are called as what they point at
-  Functions() : LoadedLibrary("libheif.so.1") {}
+  Functions() : LoadedLibrary("libheif.so.1") { addSilentDecoders(); }
   QUORVEL_FUNCTION(heif_context_alloc);
   QUORVEL_FUNCTION(heif_context_free);
   QUORVEL_FUNCTION(heif_context_set_maximum_image_size_limit);
@@ -38,10 +38,7 @@ struct Functions : LoadedLibrary {
   QUORVEL_FUNCTION(heif_image_get_width);
   QUORVEL_FUNCTION(heif_image_get_height);
   QUORVEL_FUNCTION(heif_image_get_plane_readonly);
-  QUORVEL_FUNCTION(heif_decoding_options_alloc);
-  QUORVEL_FUNCTION(heif_decoding_options_free);
   // NOLINTEND(readability-identifier-naming)
-  bool isSilent = isComplete() && addSilentHEVCDecoder();
 };
 
 const Functions& functions() {
@@ -108,12 +105,7 @@ class PrimaryImage {
 
  private:
   [[nodiscard]] bool decode(heif_chroma order) {
-    heif_decoding_options* const options = f_.heif_decoding_options_alloc();
-    if (!options) return false;
-    // Of AV1; the ways of HEVC have no such name, and the first of them is chosen.
-    if (options->version >= 4) options->decoder_id = "aom";
-    const heif_error error = f_.heif_decode_image(handle_, &image_, heif_colorspace_RGB, order, options);
-    f_.heif_decoding_options_free(options);
+    const heif_error error = f_.heif_decode_image(handle_, &image_, heif_colorspace_RGB, order, nullptr);
     if (error.code != 0) image_ = nullptr;
     return image_ != nullptr;
   }

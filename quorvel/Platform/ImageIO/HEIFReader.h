@@ -7,8 +7,7 @@
 namespace quorvel {
 
 /// As `readPixels`; nullptr too where the library is missing. The library turns the picture itself as the file says.
-/// It is decoded in full before it is shrunk. AV1 goes through libaom where the library has it: the other decoder
-/// prints what it finds damaged.
+/// It is decoded in full before it is shrunk.
 [[nodiscard]] std::shared_ptr<CGBitmap> readHEIF(ImageBytes file, const ImageFacts& facts, PixelSize wanted,
                                                  const ImageWork& work);
 

@@ -34,7 +34,7 @@ class Bits {
   void skip(std::uint64_t count) { at_ += count; }
   unsigned bit() {
     const std::uint64_t at = at_++;
-    return at / 8 < bytes_.size() ? bytes_[at / 8] >> (7 - at % 8) & 1U : 0;
+    return at / 8 < bytes_.size() ? unsigned{bytes_[at / 8]} >> (7 - at % 8) & 1U : 0;
   }
   unsigned take(unsigned count) {
     unsigned number = 0;

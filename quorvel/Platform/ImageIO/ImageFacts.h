@@ -56,8 +56,8 @@ struct ImageFacts {
   /// The size is that of a part, and the file may hold what counts more: a larger icon, a sequence's primary item.
   bool isSizeProvisional = false;
 
-  /// Both sides are known, and more bytes of the same file would not change them.
-  [[nodiscard]] bool isSizeFinal() const { return width > 0 && height > 0 && !isSizeProvisional; }
+  /// There is an image and its sides are known, and more bytes of the same file would not change them.
+  [[nodiscard]] bool isSizeFinal() const { return frameCount > 0 && width > 0 && height > 0 && !isSizeProvisional; }
 };
 
 /// The orientation that turns what EXIF's 1 to 8 describe upright; any other number is upright.

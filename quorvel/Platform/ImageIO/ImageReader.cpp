@@ -11,6 +11,15 @@
 #include <quorvel/Platform/ImageIO/WebPReader.h>
 
 namespace quorvel {
+namespace {
+
+/// The same work, which never tells less than before: where a file is damaged, readers begin again.
+ImageWork rising(const ImageWork& work) {
+  if (!work.progress) return work;
+  return {work.stop, [&work, most = 0.0](double done) mutable { work.progress(most = std::max(most, done)); }};
+}
+
+}  // namespace
 
 PixelSize thumbnailSize(PixelSize picture, double largestSide) {
   if (picture.width == 0 || picture.height == 0 || !(largestSide >= 1)) return {};
@@ -24,12 +33,13 @@ PixelSize thumbnailSize(PixelSize picture, double largestSide) {
 }
 
 std::shared_ptr<CGBitmap> readPixels(ImageBytes file, const ImageFacts& facts, PixelSize wanted,
-                                     const ImageWork& work) {
+                                     const ImageWork& told) {
   if (file.size() > limits::kImageFileBytes || wanted.width == 0 || wanted.height == 0) return nullptr;
   const PixelSize whole = decodedSize(facts);
   if (wanted.width > whole.width || wanted.height > whole.height) return nullptr;
   if (facts.width > limits::kImageSide || facts.height > limits::kImageSide) return nullptr;
   if (std::uint64_t{facts.width} * facts.height > limits::kImagePixels) return nullptr;
+  const ImageWork work = rising(told);
   switch (facts.format) {
     case ImageFormat::JPEG:
       return readJPEG(file, facts, wanted, jpeg::decodedEighths({facts.width, facts.height}, wanted), work);

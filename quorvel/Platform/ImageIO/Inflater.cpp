@@ -70,14 +70,14 @@ std::vector<std::uint8_t> inflateAtMost(ImageBytes stream, std::size_t limit) {
     const std::size_t count = inflater.read(result.data() + start, kStep);
     result.resize(start + count);
     if (result.size() > limit) return {};
-    if (count < kStep) return result;
+    if (count < kStep) return inflater.hasEnded() ? result : std::vector<std::uint8_t>();
   }
 }
 
 struct Inflater::Stream {
   z_stream state{};
   std::span<const ImageBytes> pieces;
-  bool goesOn = false;
+  int status = Z_MEM_ERROR;
 
   /// The next part of the file, of a size that zlib can count.
   bool refill() {
@@ -98,7 +98,7 @@ struct Inflater::Stream {
 
 Inflater::Inflater(std::span<const ImageBytes> pieces) : stream_(std::make_unique<Stream>()) {
   stream_->pieces = pieces;
-  stream_->goesOn = inflateInit(&stream_->state) == Z_OK;
+  stream_->status = inflateInit(&stream_->state);
 }
 
 Inflater::~Inflater() { inflateEnd(&stream_->state); }
@@ -106,15 +106,17 @@ Inflater::~Inflater() { inflateEnd(&stream_->state); }
 std::size_t Inflater::read(std::uint8_t* to, std::size_t size) {
   z_stream& state = stream_->state;
   std::size_t done = 0;
-  while (done < size && stream_->goesOn) {
+  while (done < size && stream_->status == Z_OK) {
     if (state.avail_in == 0 && !stream_->refill()) break;
     const std::size_t room = std::min<std::size_t>(size - done, UINT_MAX);
     state.next_out = to + done;
     state.avail_out = static_cast<uInt>(room);
-    stream_->goesOn = inflate(&state, Z_NO_FLUSH) == Z_OK;
+    stream_->status = inflate(&state, Z_NO_FLUSH);
     done += room - state.avail_out;
   }
   return done;
 }
+
+bool Inflater::hasEnded() const { return stream_->status == Z_STREAM_END; }
 
 }  // namespace quorvel

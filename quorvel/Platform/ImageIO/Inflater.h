@@ -45,6 +45,8 @@ class Inflater {
 
   /// How many of `size` bytes there were.
   [[nodiscard]] std::size_t read(std::uint8_t* to, std::size_t size);
+  /// The stream came to its end, and its checksum is right.
+  [[nodiscard]] bool hasEnded() const;
 
  private:
   struct Stream;

@@ -127,8 +127,10 @@ void JPEGDecoder::setHandlers() {
 void JPEGDecoder::noteWarning(j_common_ptr info, int level) {
   if (level >= 0) return;
   ++info->err->num_warnings;
-  if (info->err->msg_code != JWRN_HIT_MARKER) return;
   JPEGDecoder& self = of(info);
+  // Behind a restart marker more data may come.
+  const bool isRestart = self.info_.unread_marker >= JPEG_RST0 && self.info_.unread_marker <= JPEG_RST0 + 7;
+  if (info->err->msg_code != JWRN_HIT_MARKER || isRestart) return;
   if (self.info_.input_scan_number <= 1 && self.info_.input_iMCU_row == 0) self.lacksFirstRow_ = true;
 }
 

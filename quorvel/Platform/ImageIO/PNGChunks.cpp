@@ -12,7 +12,7 @@ constexpr std::uint32_t kFrame = fourCharacters("fcTL");
 constexpr std::uint32_t kExif = fourCharacters("eXIf");
 constexpr std::uint32_t kTransparency = fourCharacters("tRNS");
 
-constexpr std::uint32_t kLargestSide = INT32_MAX;
+constexpr std::uint32_t kLargestNumber = INT32_MAX;
 constexpr std::uint8_t kPaletteFlag = 1;
 constexpr std::uint8_t kColorFlag = 2;
 constexpr std::uint8_t kAlphaFlag = 4;
@@ -20,7 +20,7 @@ constexpr std::uint8_t kAlphaFlag = 4;
 void readHeader(ByteView file, const PNGChunk& chunk, ImageFacts& facts) {
   const std::uint32_t width = file.big32(chunk.location);
   const std::uint32_t height = file.big32(chunk.location + 4);
-  if (chunk.length < 13 || width > kLargestSide || height > kLargestSide) return;
+  if (chunk.length < 13 || width > kLargestNumber || height > kLargestNumber) return;
   const std::uint8_t color = file.u8(chunk.location + 9);
   facts.frameCount = 1;
   facts.width = width;
@@ -33,12 +33,12 @@ void readHeader(ByteView file, const PNGChunk& chunk, ImageFacts& facts) {
 
 }  // namespace
 
-bool PNGChunkWalk::next(PNGChunk& chunk) {
+bool PNGChunkWalk::nextOrCut(PNGChunk& chunk) {
   if (isAtEnd_ || !file_.has(at_, 8)) return false;
   chunk = {file_.big32(at_ + 4), at_ + 8, file_.big32(at_)};
-  if (!file_.has(chunk.location, chunk.length)) return false;
+  if (chunk.length > kLargestNumber) return false;
   at_ = chunk.location + chunk.length + 4;
-  isAtEnd_ = chunk.type == kEnd;
+  isAtEnd_ = chunk.type == kEnd && file_.has(chunk.location, chunk.length);
   return true;
 }
 

@@ -8,7 +8,7 @@ namespace quorvel {
 
 struct PNGChunk {
   std::uint32_t type = 0;
-  /// Of its data, which lie in the file to their end.
+  /// Of its data.
   std::uint64_t location = 0;
   std::uint64_t length = 0;
 };
@@ -18,8 +18,10 @@ class PNGChunkWalk {
  public:
   explicit PNGChunkWalk(ByteView file) : file_(file) {}
 
-  /// False after IEND and where the file is cut within a chunk.
-  bool next(PNGChunk& chunk);
+  /// False after IEND and where the file is cut within the data of a chunk.
+  bool next(PNGChunk& chunk) { return nextOrCut(chunk) && file_.has(chunk.location, chunk.length); }
+  /// Gives the chunk too that reaches beyond the end of the file.
+  bool nextOrCut(PNGChunk& chunk);
   [[nodiscard]] bool isAtEnd() const { return isAtEnd_; }
 
  private:

@@ -1,47 +1,31 @@
 #include <algorithm>
-#include <array>
 
 #include <libdeflate.h>
 
+#include <quorvel/Platform/ImageIO/PNGChunks.h>
 #include <quorvel/Platform/ImageIO/PNGFile.h>
 
 namespace quorvel {
 namespace {
 
-constexpr std::array<std::uint8_t, 8> kSignature = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
-constexpr std::size_t kAround = 12;  // length, type and checksum
-constexpr std::uint32_t kCritical = 0x20000000;
-
-std::uint32_t bigEndian(const std::uint8_t* from) {
-  return std::uint32_t{from[0]} << 24 | std::uint32_t{from[1]} << 16 | std::uint32_t{from[2]} << 8 | from[3];
-}
-
-constexpr std::uint32_t type(const char (&name)[5]) {
-  std::uint32_t all = 0;
-  for (int i = 0; i < 4; ++i) all = all << 8 | static_cast<std::uint8_t>(name[i]);
-  return all;
-}
+constexpr std::uint32_t kPixels = fourCharacters("IDAT");
+constexpr std::uint32_t kNotCritical = 0x20000000;
 
 struct Chunk {
   std::uint32_t type = 0;
+  /// Cut where the file ends.
   ImageBytes bytes;
   /// All there, and as its checksum says.
   bool isWhole = false;
 };
 
-/// Takes the next chunk off the file, cut where the file ends.
-std::optional<Chunk> takeChunk(ImageBytes& file) {
-  if (file.size() < 8) return std::nullopt;
-  const std::size_t length = bigEndian(file.data());
-  if (length > INT32_MAX) return std::nullopt;
-  Chunk chunk{bigEndian(file.data() + 4), file.subspan(8, std::min(length, file.size() - 8))};
-  if (file.size() < length + kAround) {
-    file = {};
-    return chunk;
-  }
-  chunk.isWhole = libdeflate_crc32(0, file.data() + 4, length + 4) == bigEndian(file.data() + 8 + length);
-  file = file.subspan(length + kAround);
-  return chunk;
+std::optional<Chunk> nextChunk(PNGChunkWalk& walk, ByteView file) {
+  PNGChunk chunk;
+  if (!walk.nextOrCut(chunk)) return std::nullopt;
+  const ImageBytes checked = file.part(chunk.location - 4, chunk.length + 4);
+  const bool isWhole = file.has(chunk.location, chunk.length + 4) &&
+                       libdeflate_crc32(0, checked.data(), checked.size()) == file.big32(chunk.location + chunk.length);
+  return Chunk{chunk.type, file.part(chunk.location, chunk.length), isWhole};
 }
 
 bool isKnown(PNGFile::Color color, unsigned depth) {
@@ -60,10 +44,10 @@ bool isKnown(PNGFile::Color color, unsigned depth) {
 }
 
 bool readHeader(const Chunk& chunk, PNGFile& png) {
-  if (chunk.type != type("IHDR") || !chunk.isWhole || chunk.bytes.size() != 13) return false;
-  const std::uint8_t* const bytes = chunk.bytes.data();
-  png.width = bigEndian(bytes);
-  png.height = bigEndian(bytes + 4);
+  if (chunk.type != fourCharacters("IHDR") || !chunk.isWhole || chunk.bytes.size() != 13) return false;
+  const ImageBytes bytes = chunk.bytes;
+  png.width = ByteView(bytes).big32(0);
+  png.height = ByteView(bytes).big32(4);
   png.depth = bytes[8];
   png.color = static_cast<PNGFile::Color>(bytes[9]);
   png.isInterlaced = bytes[12] == 1;
@@ -80,27 +64,27 @@ ImageBytes profileIn(ImageBytes chunk) {
 
 /// Keeps what a chunk before the pixels says, the first of its kind. False when the file cannot be read further.
 bool note(const Chunk& chunk, PNGFile& png) {
-  if (chunk.type == type("PLTE")) {
+  if (chunk.type == fourCharacters("PLTE")) {
     if (!chunk.isWhole) return png.color != PNGFile::Color::Palette;
     if (png.palette.empty()) png.palette = chunk.bytes.first(std::min<std::size_t>(chunk.bytes.size() / 3, 256) * 3);
     return true;
   }
-  if ((chunk.type & kCritical) == 0) return false;
+  if ((chunk.type & kNotCritical) == 0) return false;
   if (!chunk.isWhole) return true;
-  if (chunk.type == type("tRNS") && png.transparency.empty()) png.transparency = chunk.bytes;
-  if (chunk.type == type("iCCP") && png.profile.empty()) png.profile = profileIn(chunk.bytes);
-  if (chunk.type == type("sRGB")) png.isSRGB = true;
-  if (chunk.type == type("gAMA") && chunk.bytes.size() == 4) png.gamma = bigEndian(chunk.bytes.data());
+  if (chunk.type == fourCharacters("tRNS") && png.transparency.empty()) png.transparency = chunk.bytes;
+  if (chunk.type == fourCharacters("iCCP") && png.profile.empty()) png.profile = profileIn(chunk.bytes);
+  if (chunk.type == fourCharacters("sRGB")) png.isSRGB = true;
+  if (chunk.type == fourCharacters("gAMA") && chunk.bytes.size() == 4) png.gamma = ByteView(chunk.bytes).big32(0);
   return true;
 }
 
 /// The run of IDAT that begins with `chunk`. One with a wrong checksum is the last, and still gives its rows.
-void gather(Chunk chunk, ImageBytes file, PNGFile& png) {
+void gather(Chunk chunk, PNGChunkWalk& walk, ByteView file, PNGFile& png) {
   for (;;) {
     if (!chunk.bytes.empty()) png.data.push_back(chunk.bytes);
     if (!chunk.isWhole) return;
-    const auto next = takeChunk(file);
-    if (!next || next->type != type("IDAT")) return;
+    const auto next = nextChunk(walk, file);
+    if (!next || next->type != kPixels) return;
     chunk = *next;
   }
 }
@@ -122,19 +106,18 @@ std::size_t PNGFile::bits() const {
   return 0;
 }
 
-std::optional<PNGFile> parsePNG(ImageBytes file) {
-  if (file.size() < kSignature.size() || !std::equal(kSignature.begin(), kSignature.end(), file.begin())) {
-    return std::nullopt;
-  }
-  file = file.subspan(kSignature.size());
+std::optional<PNGFile> parsePNG(ImageBytes bytes) {
+  const ByteView file(bytes);
+  if (!isPNGFile(file)) return std::nullopt;
   PNGFile png;
-  auto chunk = takeChunk(file);
+  PNGChunkWalk walk(file);
+  auto chunk = nextChunk(walk, file);
   if (!chunk || !readHeader(*chunk, png)) return std::nullopt;
-  while ((chunk = takeChunk(file)) && chunk->type != type("IDAT")) {
+  while ((chunk = nextChunk(walk, file)) && chunk->type != kPixels) {
     if (!note(*chunk, png)) return std::nullopt;
   }
   if (!chunk || (png.color == PNGFile::Color::Palette && png.palette.empty())) return std::nullopt;
-  gather(*chunk, file, png);
+  gather(*chunk, walk, file, png);
   return png.data.empty() ? std::nullopt : std::optional(std::move(png));
 }
 

@@ -9,6 +9,7 @@
 #include <quorvel/Platform/ImageIO/EmbeddedProfile.h>
 #include <quorvel/Platform/ImageIO/Inflater.h>
 #include <quorvel/Platform/ImageIO/PixelRows.h>
+#include <quorvel/Platform/ImageIO/PremultipliedRows.h>
 #include <quorvel/Platform/ImageIO/TIFFReader.h>
 
 namespace quorvel {
@@ -79,6 +80,27 @@ int swallow(TIFF* /*tiff*/, void* /*data*/, const char* /*module*/, const char* 
   return 1;
 }
 
+/// Samples of grey, each with others beside it, of which the first may be its alpha. libtiff's own way takes those at
+/// the right border of tiles from wrong places, multiplies none with its alpha, and loses the alpha of 16 bits.
+void putGray(TIFFRGBAImage* image, std::uint32_t* to, std::uint32_t /*x*/, std::uint32_t /*y*/, std::uint32_t width,
+             std::uint32_t height, std::int32_t pixelsBetween, std::int32_t wordsBetween, unsigned char* from) {
+  const std::ptrdiff_t bytes = image->bitspersample / 8;
+  const auto sample = [bytes](const std::uint8_t* at) -> std::uint32_t {
+    std::uint16_t deep = 0;
+    if (bytes == 1) return *at;
+    std::memcpy(&deep, at, sizeof deep);
+    return (deep * 255U + 32'895U) >> 16;
+  };
+  const std::ptrdiff_t step = bytes * image->samplesperpixel;
+  const std::uint32_t flip = image->photometric == PHOTOMETRIC_MINISWHITE ? 0xFFFFFF : 0;
+  for (; height > 0; --height, from += step * pixelsBetween, to += wordsBetween) {
+    for (std::uint32_t x = 0; x < width; ++x, from += step, ++to) {
+      *to = (sample(from) * 0x010101 ^ flip) | (image->alpha ? sample(from + bytes) : 255) << 24;
+      if (image->alpha == EXTRASAMPLE_UNASSALPHA) *to = premultipliedPixel(*to);
+    }
+  }
+}
+
 /// The first page while it is read.
 class Page {
  public:
@@ -95,6 +117,8 @@ class Page {
     // Stops at an error, so that rows count only where they could be decoded.
     isBegun_ = tiff_ && f.TIFFRGBAImageOK(tiff_, message) && f.TIFFRGBAImageBegin(&image_, tiff_, 1, message);
     image_.req_orientation = image_.orientation;
+    const bool isGray = image_.photometric == PHOTOMETRIC_MINISBLACK || image_.photometric == PHOTOMETRIC_MINISWHITE;
+    if (isBegun_ && isGray && image_.isContig && image_.bitspersample >= 8) image_.put.contig = putGray;
   }
   Page(const Page&) = delete;
   Page& operator=(const Page&) = delete;

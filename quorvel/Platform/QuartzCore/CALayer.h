@@ -24,7 +24,7 @@ class CALayer : public std::enable_shared_from_this<CALayer> {
   [[nodiscard]] static std::shared_ptr<CALayer> make();
   CALayer(const CALayer&) = delete;
   CALayer& operator=(const CALayer&) = delete;
-  ~CALayer() = default;
+  ~CALayer();
 
   /// In the coordinates of the superlayer's bounds.
   [[nodiscard]] CGRect frame() const { return {origin_.x, origin_.y, bounds_.width, bounds_.height}; }
@@ -56,8 +56,9 @@ class CALayer : public std::enable_shared_from_this<CALayer> {
   void renderInContext(CGContext& context) const;
 
  private:
+  struct Begun;
   CALayer() = default;
-  void renderContents(CGContext& context) const;
+  [[nodiscard]] Begun begin(CGContext& context) const;
 
   CGPoint origin_;
   CGRect bounds_;

@@ -1,4 +1,6 @@
 #include <algorithm>
+#include <iterator>
+#include <utility>
 
 #include <quorvel/Platform/UIKit/UIImage.h>
 #include <quorvel/Platform/UIKit/UIView.h>
@@ -24,7 +26,8 @@ constexpr Anchor anchorOf(UIViewContentMode mode) {
 CGRect contentRectangle(UIViewContentMode mode, const CGRect& bounds, const CGSize& contents) {
   const bool fits = mode == UIViewContentMode::ScaleAspectFit;
   const bool fills = mode == UIViewContentMode::ScaleAspectFill;
-  if (mode == UIViewContentMode::ScaleToFill || mode == UIViewContentMode::Redraw) return bounds;
+  const bool isKnown = mode <= UIViewContentMode::BottomRight;
+  if (mode == UIViewContentMode::ScaleToFill || mode == UIViewContentMode::Redraw || !isKnown) return bounds;
   CGSize size = contents;
   if ((fits || fills) && contents.width > 0 && contents.height > 0) {
     const double x = bounds.width / contents.width;
@@ -44,7 +47,20 @@ UIView::UIView(const CGRect& frame) : layer_(CALayer::make()) {
 
 UIView::~UIView() {
   layer_->setDelegate(nullptr);
-  for (const auto& view : subviews_) view->layer_->removeFromSuperlayer();
+  std::vector<std::shared_ptr<UIView>> going;
+  giveUpSubviews(going);
+  while (!going.empty()) {
+    const std::shared_ptr<UIView> view = std::move(going.back());
+    going.pop_back();
+    // What goes with it gives up its own first, so that a deep tree takes no stack.
+    if (view.use_count() == 1) view->giveUpSubviews(going);
+  }
+}
+
+/// To the end of `to`; their layers leave this view's, which may go on without it.
+void UIView::giveUpSubviews(std::vector<std::shared_ptr<UIView>>& to) {
+  for (auto view = subviews_.rbegin(); view != subviews_.rend(); ++view) (*view)->layer_->removeFromSuperlayer();
+  std::ranges::move(std::exchange(subviews_, {}), std::back_inserter(to));
 }
 
 std::shared_ptr<UIView> UIView::make(const CGRect& frame) { return std::shared_ptr<UIView>(new UIView(frame)); }
@@ -70,10 +86,11 @@ UIColor UIView::tintColor() const {
 }
 
 void UIView::addSubview(const std::shared_ptr<UIView>& view) {
-  for (std::shared_ptr<UIView> above = shared_from_this(); above; above = above->superview()) {
+  if (!view || view.get() == this) return;
+  // One without subviews contains nobody, which spares the walk while a tree grows downwards.
+  for (auto above = view->subviews_.empty() ? nullptr : superview(); above; above = above->superview()) {
     if (above == view) return;
   }
-  if (!view) return;
   view->removeFromSuperview();
   subviews_.push_back(view);
   view->superview_ = weak_from_this();
@@ -96,16 +113,13 @@ void UIView::layoutIfNeeded() {
   for (auto view = superview(); view; view = view->superview()) {
     if (view->needsLayout_) top = view;
   }
-  top->layoutTree();
-}
-
-void UIView::layoutTree() {
-  if (needsLayout_) {
-    needsLayout_ = false;
-    layoutSubviews();
+  std::vector<std::shared_ptr<UIView>> waiting{std::move(top)};
+  while (!waiting.empty()) {
+    const std::shared_ptr<UIView> view = std::move(waiting.back());
+    waiting.pop_back();
+    if (std::exchange(view->needsLayout_, false)) view->layoutSubviews();
+    waiting.insert(waiting.end(), view->subviews_.rbegin(), view->subviews_.rend());
   }
-  const std::vector<std::shared_ptr<UIView>> views = subviews_;  // a layout may change the list
-  for (const auto& view : views) view->layoutTree();
 }
 
 void UIView::drawLayer(CGContext& context) {

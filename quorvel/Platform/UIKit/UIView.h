@@ -9,7 +9,7 @@
 
 namespace quorvel {
 
-/// How contents lie in the bounds; the numbers are the platform's.
+/// How contents lie in the bounds; the numbers are the platform's. Another number counts as `ScaleToFill`.
 enum class UIViewContentMode : std::uint8_t {
   ScaleToFill = 0,
   ScaleAspectFit = 1,
@@ -78,7 +78,7 @@ class UIView : public std::enable_shared_from_this<UIView>, private CALayerDeleg
 
  private:
   void drawLayer(CGContext& context) override;
-  void layoutTree();
+  void giveUpSubviews(std::vector<std::shared_ptr<UIView>>& to);
 
   std::shared_ptr<CALayer> layer_;
   std::vector<std::shared_ptr<UIView>> subviews_;

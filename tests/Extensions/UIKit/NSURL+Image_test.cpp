@@ -39,7 +39,16 @@ TEST_F(NSURLImage, SizesAreThoseStored) {
   const FileBytes turned = jpegFile(40, 30, {.segments = jpegExif(exifWithOrientation(6))});
   EXPECT_EQ(imageFileDimensionSize(write(turned)), (CGSize{40, 30})) << "whatever the orientation";
   EXPECT_EQ(imageFileDimensionSize(write(pngFile(60'000, 60'000))), (CGSize{60'000, 60'000})) << "beyond the limits";
-  EXPECT_EQ(imageFileDimensionSize(write(gifFile(9, 7, {}))), (CGSize{9, 7})) << "a canvas without a frame";
+  ByteWriter late;
+  late.u16(0x21FE);
+  for (int i = 0; i < 30; ++i) late.u8(200).zeros(200);
+  late.u8(0).add(gifFrame(4, 3));
+  EXPECT_EQ(imageFileDimensionSize(write(gifFile(9, 7, late.file))), (CGSize{9, 7}))
+      << "a frame behind what is read first";
+  const FileBytes still = joined({webpExtended(9, 7, 0), webpChunk("ICCP", FileBytes(6'000)), webpLossy(9, 7)});
+  EXPECT_EQ(imageFileDimensionSize(write(webpFile(still))), (CGSize{9, 7})) << "the same of a WebP";
+  EXPECT_EQ(imageFileDimensionSize(write(gifFile(9, 7, {}))), CGSize()) << "a canvas without a frame";
+  EXPECT_EQ(imageFileDimensionSize(write(webpFile(webpExtended(9, 7, 2)))), CGSize()) << "an animation without one";
   EXPECT_EQ(imageFileDimensionSize(write(textBytes("%PDF-1.4"))), CGSize()) << "unknown";
   EXPECT_EQ(imageFileDimensionSize(write(textBytes("text"))), CGSize());
   EXPECT_EQ(imageFileDimensionSize(*NSURL::withString(u"http://h/a.png")), CGSize());

@@ -2,6 +2,7 @@
 #include <cstring>
 
 #include <gtest/gtest.h>
+#include <tests/support/Row.h>
 
 #include <quorvel/Platform/Foundation/Limits.h>
 #include <quorvel/Platform/UIKit/UIImage.h>
@@ -67,15 +68,65 @@ TEST(CGContext, TurnsAllEightOrientations) {
     UIImageOrientation orientation;
     std::size_t x;
     std::size_t y;
-  } rows[] = {{UIImageOrientation::Up, 2, 0},           {UIImageOrientation::Down, 0, 1},
-              {UIImageOrientation::Left, 0, 0},         {UIImageOrientation::Right, 1, 2},
-              {UIImageOrientation::UpMirrored, 0, 0},   {UIImageOrientation::DownMirrored, 2, 1},
-              {UIImageOrientation::LeftMirrored, 0, 2}, {UIImageOrientation::RightMirrored, 1, 0}};
+  } rows[] = {{UIImageOrientation::Up, 2, 0},
+              {UIImageOrientation::Down, 0, 1},
+              {UIImageOrientation::Left, 0, 0},
+              {UIImageOrientation::Right, 1, 2},
+              {UIImageOrientation::UpMirrored, 0, 0},
+              {UIImageOrientation::DownMirrored, 2, 1},
+              {UIImageOrientation::LeftMirrored, 0, 2},
+              {UIImageOrientation::RightMirrored, 1, 0},
+              {UIImageOrientation{8}, 2, 0},
+              {UIImageOrientation{10}, 2, 0}};
   for (const auto& [orientation, x, y] : rows) {
     const UIImage image(places(3, 2), 1, orientation);
     const UIGraphicsImageContext context(image.size());
     image.drawInRect({0, 0, image.size().width, image.size().height});
     EXPECT_EQ(pixel(context.image()->bitmap(), x, y), place(2, 0)) << static_cast<int>(orientation);
+  }
+}
+
+/// Cairo draws nothing, and says nothing, from some length on.
+TEST(CGContext, DrawsTheLongestSidesInEveryWay) {
+  constexpr auto kLong = static_cast<double>(limits::kImageSide);
+  using Draw = void (*)(CGContext& context, const CGRect& whole, const CGImage& image);
+  const test::Row<const char*, Draw> rows[] = {
+      {"filled", [](CGContext& c, const CGRect& whole, const CGImage&) { c.fillRect(whole); }},
+      {"copied", [](CGContext& c, const CGRect& whole, const CGImage& image) { c.drawImage(whole, image); }},
+      {"translucent",
+       [](CGContext& c, const CGRect& whole, const CGImage& image) {
+         c.setAlpha(0.5);
+         c.drawImage(whole, image);
+       }},
+      {"filtered",
+       [](CGContext& c, const CGRect& whole, const CGImage& image) {
+         c.drawUpright({0, 0, whole.width + 0.5, whole.height + 0.5}, image, UIImageOrientation::Down);
+       }},
+      {"masked",
+       [](CGContext& c, const CGRect& whole, const CGImage& image) {
+         c.clipToMask(whole, image);
+         c.fillRect(whole);
+       }},
+      {"apart",
+       [](CGContext& c, const CGRect& whole, const CGImage&) {
+         c.setAlpha(0.5);
+         c.beginTransparencyLayer();
+         c.fillRect(whole);
+         c.endTransparencyLayer();
+       }},
+      {"tiled", [](CGContext& c, const CGRect& whole, const CGImage&) { c.drawTiled(whole, places(1, 1), {1, 1}); }},
+  };
+  for (const CGSize size : {CGSize{kLong, 1}, CGSize{1, kLong}}) {
+    const auto width = static_cast<std::int64_t>(size.width);
+    const auto height = static_cast<std::int64_t>(size.height);
+    const CGImage image = places(width, height);
+    for (const auto& [what, draw] : rows) {
+      const auto context = CGContext::make(width, height);
+      draw(*context, {0, 0, size.width, size.height}, image);
+      const CGImage drawn = context->image();
+      EXPECT_NE(pixel(drawn, drawn.width() / 2, drawn.height() / 2), 0U) << what << size.width;
+      EXPECT_NE(pixel(drawn, drawn.width() - 1, drawn.height() - 1), 0U) << what << size.width;
+    }
   }
 }
 

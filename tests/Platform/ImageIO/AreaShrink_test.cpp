@@ -100,9 +100,9 @@ constexpr SizeRow kSizes[] = {
     {127, 127, {25, 25}, "divisor just beyond single precision"},
     {600, 5, {7, 1}, "many pixels for each, sums in half words"},
     {601, 601, {1, 1}, "all in one"},
-    {32767, 1, {1, 1}, "longest row"},
-    {32767, 2, {32766, 1}, "longest row, hardly shorter"},
-    {1, 32767, {1, 2}, "highest column"},
+    {32766, 1, {1, 1}, "longest row"},
+    {32766, 2, {32765, 1}, "longest row, hardly shorter"},
+    {1, 32766, {1, 2}, "highest column"},
 };
 
 TEST(AreaShrink, IsTheExactMeanOfWhatAPixelCovers) {

@@ -1,96 +1,19 @@
-#include <cmath>
-#include <map>
-
 #include <gtest/gtest.h>
-#include <libheif/heif.h>
+#include <tests/support/HEIFFiles.h>
 #include <tests/support/PNGFiles.h>
 
+#include <quorvel/Platform/ImageIO/HEIFDecoders.h>
 #include <quorvel/Platform/ImageIO/ImageReader.h>
-
-/// What the encoder and the decoder of damaged pictures leave is not ours to free.
-extern "C" const char* __lsan_default_suppressions() { return "leak:libx265\nleak:libdav1d\n"; }
 
 namespace quorvel {
 namespace {
 
 using test::Bytes;
+using test::heifFile;
+using test::heifSample;
 
-constexpr int kWidth = 80;
-constexpr int kHeight = 64;
-
-/// Straight red, green, blue, alpha.
-std::uint8_t sample(int x, int y, int channel) {
-  if (channel == 3) return static_cast<std::uint8_t>(255 - x * 2);
-  const double wave = std::sin(x * 0.08 + channel) * std::cos(y * 0.06);
-  return static_cast<std::uint8_t>(120 + 100 * wave);
-}
-
-heif_image* colors(bool hasAlpha) {
-  const int channels = hasAlpha ? 4 : 3;
-  heif_image* image = nullptr;
-  const heif_chroma order = hasAlpha ? heif_chroma_interleaved_RGBA : heif_chroma_interleaved_RGB;
-  heif_image_create(kWidth, kHeight, heif_colorspace_RGB, order, &image);
-  heif_image_add_plane(image, heif_channel_interleaved, kWidth, kHeight, 8);
-  int bytesPerRow = 0;
-  std::uint8_t* const plane = heif_image_get_plane(image, heif_channel_interleaved, &bytesPerRow);
-  for (int y = 0; y < kHeight; ++y) {
-    for (int x = 0; x < kWidth; ++x) {
-      for (int c = 0; c < channels; ++c) plane[y * bytesPerRow + channels * x + c] = sample(x, y, c);
-    }
-  }
-  return image;
-}
-
-/// The red samples as greys of ten bits, each in two bytes, between planes of no colour at half the width.
-heif_image* deepGrays() {
-  heif_image* image = nullptr;
-  heif_image_create(kWidth, kHeight, heif_colorspace_YCbCr, heif_chroma_422, &image);
-  for (const heif_channel channel : {heif_channel_Y, heif_channel_Cb, heif_channel_Cr}) {
-    const int step = channel == heif_channel_Y ? 1 : 2;
-    heif_image_add_plane(image, channel, kWidth / step, kHeight, 10);
-    int bytesPerRow = 0;
-    std::uint8_t* const plane = heif_image_get_plane(image, channel, &bytesPerRow);
-    for (int y = 0; y < kHeight; ++y) {
-      for (int x = 0; x < kWidth / step; ++x) {
-        const int value = step == 1 ? (sample(x, y, 0) * 1023 + 127) / 255 : 512;
-        plane[y * bytesPerRow + 2 * x] = static_cast<std::uint8_t>(value);
-        plane[y * bytesPerRow + 2 * x + 1] = static_cast<std::uint8_t>(value >> 8);
-      }
-    }
-  }
-  return image;
-}
-
-/// What an encoder makes of the picture; empty where the library has none.
-Bytes encoded(heif_compression_format format, heif_image* image) {
-  heif_context* const context = heif_context_alloc();
-  heif_encoder* encoder = nullptr;
-  Bytes file;
-  if (heif_context_get_encoder_for_format(context, format, &encoder).code == 0) {
-    heif_encoder_set_lossy_quality(encoder, 95);
-    heif_encoder_set_logging_level(encoder, 0);
-    const bool isHalved = heif_image_get_chroma_format(image) == heif_chroma_422;
-    if (isHalved) heif_encoder_set_parameter_string(encoder, "chroma", "422");
-    heif_context_encode_image(context, image, encoder, nullptr, nullptr);
-    heif_writer writer{1, [](heif_context*, const void* bytes, std::size_t size, void* to) {
-                         const auto* const from = static_cast<const std::uint8_t*>(bytes);
-                         static_cast<Bytes*>(to)->assign(from, from + size);
-                         return heif_error{heif_error_Ok, heif_suberror_Unspecified, ""};
-                       }};
-    heif_context_write(context, &writer, &file);
-    heif_encoder_release(encoder);
-  }
-  heif_image_release(image);
-  heif_context_free(context);
-  return file;
-}
-
-const Bytes& heifFile(heif_compression_format format, bool hasAlpha) {
-  static std::map<std::pair<int, bool>, Bytes> made;
-  Bytes& file = made[{format, hasAlpha}];
-  if (file.empty()) file = encoded(format, colors(hasAlpha));
-  return file;
-}
+constexpr int kWidth = test::kHEIFWidth;
+constexpr int kHeight = test::kHEIFHeight;
 
 std::shared_ptr<CGBitmap> read(const Bytes& file, PixelSize wanted, std::uint32_t width = kWidth,
                                std::uint32_t height = kHeight) {
@@ -104,11 +27,11 @@ int distance(const CGBitmap& bitmap, bool hasAlpha, bool isGray = false) {
   int greatest = 0;
   for (int y = 0; y < kHeight; ++y) {
     for (int x = 0; x < kWidth; ++x) {
-      const int alpha = hasAlpha ? sample(x, y, 3) : 255;
+      const int alpha = hasAlpha ? heifSample(x, y, 3) : 255;
       const std::uint32_t pixel = test::pixelOf(bitmap, static_cast<std::size_t>(x), static_cast<std::size_t>(y));
       for (int c = 0; c < 3; ++c) {
         const int got = static_cast<int>(pixel >> (16 - 8 * c) & 0xFF);
-        greatest = std::max(greatest, std::abs(got - sample(x, y, isGray ? 0 : c) * alpha / 255));
+        greatest = std::max(greatest, std::abs(got - heifSample(x, y, isGray ? 0 : c) * alpha / 255));
       }
       greatest = std::max(greatest, std::abs(static_cast<int>(pixel >> 24) - alpha));
     }
@@ -132,7 +55,7 @@ TEST(HEIFReader, ReadsThePrimaryImage) {
 
 TEST(HEIFReader, ReadsSamplesOfTenBits) {
   for (const heif_compression_format format : kFormats) {
-    const Bytes file = encoded(format, deepGrays());
+    const Bytes file = test::deepHEIFFile(format);
     const auto bitmap = read(file, {kWidth, kHeight});
     ASSERT_TRUE(bitmap) << format;
     EXPECT_LE(distance(*bitmap, false, true), 3) << format;
@@ -159,9 +82,56 @@ TEST(HEIFReader, TakesNoMemoryForWhatAFileOnlyDeclares) {
   }
 }
 
+/// A unit of AV1 that begins a sequence of still pictures of these sides.
+Bytes av1Sequence(std::uint32_t width, std::uint32_t height, bool tellsLength = true) {
+  std::vector<bool> bits;
+  const auto put = [&bits](std::uint32_t value, unsigned count) {
+    while (count-- > 0) bits.push_back(value >> count & 1);
+  };
+  put(0b000'1'1, 5);  // profile, still, reduced
+  put(0, 5);
+  put(0xFF, 8);  // both sides take 16 bits
+  put(width - 1, 16);
+  put(height - 1, 16);
+  put(0, 14);
+  put(1, 1);
+  bits.resize((bits.size() + 7) / 8 * 8);
+  Bytes unit = {static_cast<std::uint8_t>(tellsLength ? 0x0A : 0x08)};
+  if (tellsLength) unit.push_back(static_cast<std::uint8_t>(bits.size() / 8));
+  for (std::size_t i = 0; i < bits.size(); ++i) {
+    if (i % 8 == 0) unit.push_back(0);
+    unit.back() = static_cast<std::uint8_t>(unit.back() | (bits[i] ? 0x80U >> i % 8 : 0U));
+  }
+  return unit;
+}
+
+TEST(HEIFReader, RefusesAV1BeyondTheLimits) {
+  const auto both = [](Bytes first, const Bytes& second) {
+    first.insert(first.end(), second.begin(), second.end());
+    return first;
+  };
+  const Bytes delimiter = {0x12, 0};
+  const std::tuple<Bytes, bool, const char*> rows[] = {
+      {av1Sequence(64, 64), true, "small"},
+      {av1Sequence(32'766, 3'000), true, "as long as may be"},
+      {av1Sequence(32'767, 1), false, "longer"},
+      {av1Sequence(1, 65'536), false, "higher"},
+      {av1Sequence(10'000, 10'001), false, "more pixels"},
+      {both(delimiter, av1Sequence(65'536, 65'536)), false, "behind another unit"},
+      {both(av1Sequence(64, 64), av1Sequence(65'536, 65'536)), false, "behind a small one"},
+      {both(av1Sequence(64, 64), av1Sequence(65'536, 65'536, false)), true, "without a length, libaom takes none"},
+      {{0x0A}, true, "nothing declared"},
+      {{0x0A, 0x80}, true, "a length that does not end"},
+      {{}, true, "nothing at all"},
+  };
+  for (const auto& [stream, isWithin, why] : rows) EXPECT_EQ(isAV1WithinLimits(stream), isWithin) << why;
+}
+
 TEST(HEIFReader, SurvivesEveryCutAndFlippedByteInSilence) {
-  for (const heif_compression_format format : kFormats) {
-    const Bytes& file = heifFile(format, false);
+  const Bytes* const files[] = {&heifFile(heif_compression_HEVC, false), &heifFile(heif_compression_AV1, false),
+                                &heifFile(heif_compression_AV1, true)};
+  for (std::size_t format = 0; format < std::size(files); ++format) {
+    const Bytes& file = *files[format];
     testing::internal::CaptureStderr();
     testing::internal::CaptureStdout();
     int shown = 0;

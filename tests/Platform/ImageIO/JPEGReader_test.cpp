@@ -303,6 +303,19 @@ TEST(JPEGReader, EndedAnywhereItGivesTheRowsThatCame) {
   }
 }
 
+TEST(JPEGReader, GoesOnBehindARestartMarker) {
+  JPEGKind kind = sampled(1, 1);
+  kind.restartInterval = 3;
+  Bytes file = makeJPEG(photograph(64, 48), kind);
+  const auto whole = read(file, {64, 48}, {64, 48});
+  const auto data = file.begin() + static_cast<std::ptrdiff_t>(startOfData(file));
+  constexpr std::uint8_t kRestart[] = {0xFF, 0xD0};
+  file.erase(data + 1, std::search(data, file.end(), std::begin(kRestart), std::end(kRestart)));
+  const auto result = read(file, {64, 48}, {64, 48});
+  ASSERT_TRUE(result) << "only the first of the intervals in the first row is damaged";
+  EXPECT_EQ(std::memcmp(result->row(47), whole->row(47), 4 * 64), 0);
+}
+
 TEST(JPEGReader, AnswersDamagedFilesOfEveryKind) {
   const Samples picture = photograph(40, 33);
   std::mt19937 random(3);

@@ -4,6 +4,7 @@
 #include <quorvel/Platform/Foundation/Limits.h>
 #include <quorvel/Platform/ImageIO/AreaShrink.h>
 #include <quorvel/Platform/ImageIO/ImageReader.h>
+#include <quorvel/Platform/ImageIO/Inflater.h>
 
 namespace quorvel {
 namespace {
@@ -300,10 +301,39 @@ TEST(PNGReader, StopsWhenAskedTo) {
   EXPECT_FALSE(readPixels(file, facts, {3, 3}, work));
 }
 
+TEST(PNGReader, NeverTellsLessThanBefore) {
+  PNGSpec spec;
+  spec.width = 40;
+  spec.height = 900;
+  spec.isInterlaced = true;
+  Bytes rows = test::filteredRows(spec);
+  rows[rows.size() - (1 + std::size_t{3} * 40)] = 7;  // no filter: the whole is read a second time
+  std::vector<double> told;
+  ImageWork work;
+  work.progress = [&told](double done) { told.push_back(done); };
+  ASSERT_TRUE(readPixels(pngFile(spec, packed(rows)), test::factsOf(ImageFormat::PNG, spec.width, spec.height),
+                         {40, 900}, work));
+  EXPECT_GT(told.size(), 30U);
+  EXPECT_TRUE(std::is_sorted(told.begin(), told.end()));
+}
+
+TEST(Inflater, GivesAllOfASoundStreamOrNothing) {
+  const Bytes bytes = ramp(70'000);  // more than a step
+  const Bytes stream = packed(bytes);
+  EXPECT_EQ(inflateAtMost(stream, bytes.size()), bytes);
+  EXPECT_TRUE(inflateAtMost(stream, bytes.size() - 1).empty()) << "longer than the limit";
+  for (const std::size_t cut : {std::size_t{1}, std::size_t{5}, stream.size() / 2, stream.size()}) {
+    EXPECT_TRUE(inflateAtMost(ImageBytes(stream).first(stream.size() - cut), bytes.size()).empty()) << cut;
+  }
+  Bytes damaged = stream;
+  damaged.back() ^= 1;
+  EXPECT_TRUE(inflateAtMost(damaged, bytes.size()).empty()) << "another checksum";
+}
+
 /// Declared sizes beside next to no bytes: refused, or small, at once and without their memory.
 TEST(PNGReader, TakesNoMemoryForWhatAFileOnlyDeclares) {
   PNGSpec spec;
-  for (const PixelSize size : {PixelSize{60'000, 60'000}, PixelSize{32'767, 3'000}, PixelSize{10'000, 10'000}}) {
+  for (const PixelSize size : {PixelSize{60'000, 60'000}, PixelSize{32'766, 3'000}, PixelSize{10'000, 10'000}}) {
     spec.width = size.width;
     spec.height = size.height;
     spec.color = 6;

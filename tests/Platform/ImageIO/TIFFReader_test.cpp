@@ -1,8 +1,8 @@
 #include <cmath>
-#include <cstring>
 
 #include <gtest/gtest.h>
 #include <tests/support/PNGFiles.h>
+#include <tests/support/TIFFFiles.h>
 #include <tiffio.h>
 
 #include <quorvel/Platform/ImageIO/ImageReader.h>
@@ -11,20 +11,8 @@ namespace quorvel {
 namespace {
 
 using test::Bytes;
+using test::TIFFSpec;
 
-struct TIFFSpec {
-  std::uint16_t samples;
-  std::uint16_t bits;
-  std::uint16_t photometric;
-  /// 0: none; otherwise EXTRASAMPLE_.
-  std::uint16_t alpha;
-  std::uint16_t compression;
-  /// Rows of a strip; 0: tiles of 16 by 16.
-  std::uint32_t stripRows;
-  std::uint16_t orientation;
-  bool isSeparate;
-  const char* why;
-};
 constexpr TIFFSpec kSpecs[] = {
     {3, 8, PHOTOMETRIC_RGB, 0, COMPRESSION_NONE, 5, ORIENTATION_TOPLEFT, false, "strips"},
     {3, 8, PHOTOMETRIC_RGB, 0, COMPRESSION_LZW, 100, ORIENTATION_TOPLEFT, false, "one strip"},
@@ -38,114 +26,33 @@ constexpr TIFFSpec kSpecs[] = {
     {4, 8, PHOTOMETRIC_RGB, EXTRASAMPLE_UNASSALPHA, COMPRESSION_LZW, 0, ORIENTATION_TOPLEFT, false, "the same, tiles"},
     {1, 8, PHOTOMETRIC_MINISBLACK, 0, COMPRESSION_LZW, 3, ORIENTATION_TOPLEFT, false, "grey"},
     {1, 8, PHOTOMETRIC_MINISWHITE, 0, COMPRESSION_NONE, 3, ORIENTATION_TOPLEFT, false, "white is 0"},
+    {1, 16, PHOTOMETRIC_MINISBLACK, 0, COMPRESSION_LZW, 9, ORIENTATION_TOPLEFT, false, "grey of 16 bits"},
+    {2, 8, PHOTOMETRIC_MINISBLACK, EXTRASAMPLE_ASSOCALPHA, COMPRESSION_LZW, 9, ORIENTATION_TOPLEFT, false,
+     "with alpha"},
+    {2, 8, PHOTOMETRIC_MINISBLACK, EXTRASAMPLE_UNASSALPHA, COMPRESSION_LZW, 9, ORIENTATION_TOPLEFT, false, "straight"},
+    {2, 8, PHOTOMETRIC_MINISWHITE, EXTRASAMPLE_UNASSALPHA, COMPRESSION_LZW, 0, ORIENTATION_TOPLEFT, false, "in tiles"},
+    {2, 16, PHOTOMETRIC_MINISBLACK, EXTRASAMPLE_UNASSALPHA, COMPRESSION_LZW, 9, ORIENTATION_TOPLEFT, false, "deep"},
+    {2, 8, PHOTOMETRIC_MINISBLACK, EXTRASAMPLE_UNASSALPHA, COMPRESSION_LZW, 9, ORIENTATION_TOPLEFT, true, "planes"},
+    {1, 16, PHOTOMETRIC_MINISBLACK, 0, COMPRESSION_LZW, 0, ORIENTATION_TOPLEFT, false, "deep, in tiles"},
+    {2, 8, PHOTOMETRIC_MINISBLACK, 0, COMPRESSION_LZW, 0, ORIENTATION_TOPLEFT, false, "a sample of another kind"},
+    {4, 8, PHOTOMETRIC_SEPARATED, 0, COMPRESSION_LZW, 9, ORIENTATION_TOPLEFT, false, "four inks"},
 };
-constexpr std::uint32_t kWidth = 37;
-constexpr std::uint32_t kHeight = 41;
-
-unsigned sample(const TIFFSpec& spec, std::uint32_t x, std::uint32_t y, unsigned channel) {
-  const unsigned value = (x * 5 + y * 3 * (channel + 1)) & 0xFF;
-  if (channel == 3) return 255 - value / 4;
-  return spec.alpha == EXTRASAMPLE_ASSOCALPHA ? value / 2 : value;
-}
+constexpr std::uint32_t kWidth = test::kTIFFWidth;
+constexpr std::uint32_t kHeight = test::kTIFFHeight;
 
 std::uint32_t expectedPixel(const TIFFSpec& spec, std::uint32_t x, std::uint32_t y) {
-  const unsigned alpha = spec.alpha ? sample(spec, x, y, 3) : 255;
+  const unsigned alpha = spec.alpha ? test::sample(spec, x, y, spec.samples - 1U) : 255;
   std::uint32_t pixel = alpha << 24;
   for (unsigned c = 0; c < 3; ++c) {
-    double value = sample(spec, x, y, spec.samples == 1 ? 0 : c);
+    double value = test::sample(spec, x, y, spec.samples < 3 ? 0 : c);
     if (spec.photometric == PHOTOMETRIC_MINISWHITE) value = 255 - value;
+    if (spec.photometric == PHOTOMETRIC_SEPARATED) {
+      value = std::floor((255 - value) * (255 - test::sample(spec, x, y, 3)) / 255);
+    }
     if (spec.alpha == EXTRASAMPLE_UNASSALPHA) value = value * alpha / 255;
     pixel |= static_cast<std::uint32_t>(std::lround(value)) << (16 - 8 * c);
   }
   return pixel;
-}
-
-/// A file that grows in memory.
-struct Target {
-  Bytes bytes;
-  std::size_t offset = 0;
-
-  static tmsize_t read(thandle_t handle, void* to, tmsize_t size) {
-    auto* const target = static_cast<Target*>(handle);
-    const std::size_t count = std::min(static_cast<std::size_t>(size), target->bytes.size() - target->offset);
-    std::memcpy(to, target->bytes.data() + target->offset, count);
-    target->offset += count;
-    return static_cast<tmsize_t>(count);
-  }
-  static tmsize_t write(thandle_t handle, void* from, tmsize_t size) {
-    auto* const target = static_cast<Target*>(handle);
-    const std::size_t end = target->offset + static_cast<std::size_t>(size);
-    if (target->bytes.size() < end) target->bytes.resize(end);
-    std::memcpy(target->bytes.data() + target->offset, from, static_cast<std::size_t>(size));
-    target->offset = end;
-    return size;
-  }
-  static toff_t seek(thandle_t handle, toff_t offset, int whence) {
-    auto* const target = static_cast<Target*>(handle);
-    return target->offset = offset + (whence == SEEK_END   ? target->bytes.size()
-                                      : whence == SEEK_CUR ? target->offset
-                                                           : 0);
-  }
-  static toff_t size(thandle_t handle) { return static_cast<Target*>(handle)->bytes.size(); }
-};
-
-/// The samples of a rectangle; `plane` < 0: all of each pixel.
-Bytes block(const TIFFSpec& spec, std::uint32_t left, std::uint32_t top, std::uint32_t width, std::uint32_t height,
-            int plane) {
-  Bytes bytes;
-  for (std::uint32_t y = top; y < top + height; ++y) {
-    for (std::uint32_t x = left; x < left + width; ++x) {
-      for (unsigned c = 0; c < spec.samples; ++c) {
-        if (plane >= 0 && static_cast<int>(c) != plane) continue;
-        // Eight bits twice are the same level of 16.
-        bytes.insert(bytes.end(), spec.bits / 8U, static_cast<std::uint8_t>(sample(spec, x, y, c)));
-      }
-    }
-  }
-  return bytes;
-}
-
-void writeBlocks(TIFF* tiff, const TIFFSpec& spec) {
-  for (int plane = spec.isSeparate ? 0 : -1; plane < (spec.isSeparate ? spec.samples : 0); ++plane) {
-    const std::uint32_t high = spec.stripRows ? spec.stripRows : 16;
-    for (std::uint32_t y = 0; y < kHeight; y += high) {
-      const auto number = static_cast<std::uint16_t>(std::max(plane, 0));
-      if (spec.stripRows) {
-        Bytes bytes = block(spec, 0, y, kWidth, std::min(high, kHeight - y), plane);
-        TIFFWriteEncodedStrip(tiff, TIFFComputeStrip(tiff, y, number), bytes.data(), std::ssize(bytes));
-        continue;
-      }
-      for (std::uint32_t x = 0; x < kWidth; x += 16) {
-        Bytes bytes = block(spec, x, y, 16, 16, plane);
-        TIFFWriteEncodedTile(tiff, TIFFComputeTile(tiff, x, y, 0, number), bytes.data(), std::ssize(bytes));
-      }
-    }
-  }
-}
-
-Bytes tiffFile(const TIFFSpec& spec) {
-  Target target;
-  TIFF* const tiff = TIFFClientOpen(
-      "test", "w", &target, Target::read, Target::write, Target::seek, [](thandle_t) { return 0; }, Target::size,
-      nullptr, nullptr);
-  TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, kWidth);
-  TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, kHeight);
-  TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, spec.samples);
-  TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, spec.bits);
-  TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, spec.photometric);
-  TIFFSetField(tiff, TIFFTAG_COMPRESSION, spec.compression);
-  TIFFSetField(tiff, TIFFTAG_ORIENTATION, spec.orientation);
-  TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, spec.isSeparate ? PLANARCONFIG_SEPARATE : PLANARCONFIG_CONTIG);
-  if (spec.alpha) TIFFSetField(tiff, TIFFTAG_EXTRASAMPLES, 1, &spec.alpha);
-  if (spec.stripRows) {
-    TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, spec.stripRows);
-  } else {
-    TIFFSetField(tiff, TIFFTAG_TILEWIDTH, 16);
-    TIFFSetField(tiff, TIFFTAG_TILELENGTH, 16);
-  }
-  writeBlocks(tiff, spec);
-  TIFFClose(tiff);
-  return target.bytes;
 }
 
 std::shared_ptr<CGBitmap> read(const Bytes& file, PixelSize wanted = {kWidth, kHeight}) {
@@ -163,29 +70,18 @@ std::uint32_t rightRows(const CGBitmap& bitmap, const TIFFSpec& spec) {
 
 TEST(TIFFReader, ReadsTheFirstPageAsItIsStored) {
   for (const TIFFSpec& spec : kSpecs) {
-    const Bytes file = tiffFile(spec);
+    const Bytes file = test::tiffFile(spec);
     const auto bitmap = read(file);
     ASSERT_TRUE(bitmap) << spec.why;
     EXPECT_EQ(rightRows(*bitmap, spec), kHeight) << spec.why;
     EXPECT_TRUE(read(file, {5, 6})) << spec.why;
   }
-  EXPECT_FALSE(readPixels(tiffFile(kSpecs[0]), test::factsOf(ImageFormat::TIFF, kWidth, kHeight + 1), {5, 5}));
-}
-
-/// Where the strips begin, from the directory, which libtiff writes behind them.
-std::size_t lastStrip(const Bytes& file) {
-  Target target{file};
-  TIFF* const tiff = TIFFClientOpen(
-      "test", "r", &target, Target::read, Target::write, Target::seek, [](thandle_t) { return 0; }, Target::size,
-      nullptr, nullptr);
-  const std::uint64_t offset = TIFFGetStrileOffset(tiff, TIFFNumberOfStrips(tiff) - 1);
-  TIFFClose(tiff);
-  return offset;
+  EXPECT_FALSE(readPixels(test::tiffFile(kSpecs[0]), test::factsOf(ImageFormat::TIFF, kWidth, kHeight + 1), {5, 5}));
 }
 
 TEST(TIFFReader, GivesTheStripsBeforeADamagedOne) {
-  Bytes file = tiffFile(kSpecs[6]);
-  const std::size_t offset = lastStrip(file);
+  Bytes file = test::tiffFile(kSpecs[6]);
+  const std::size_t offset = test::lastStrip(file);
   std::fill_n(file.begin() + static_cast<std::ptrdiff_t>(offset), 8, std::uint8_t{0xFF});
   const auto bitmap = read(file);
   ASSERT_TRUE(bitmap);
@@ -196,7 +92,7 @@ TEST(TIFFReader, GivesTheStripsBeforeADamagedOne) {
 TEST(TIFFReader, SurvivesEveryCutAndFlippedByteWithoutAWord) {
   testing::internal::CaptureStderr();
   for (const std::size_t which : {0U, 2U, 8U}) {
-    const Bytes file = tiffFile(kSpecs[which]);
+    const Bytes file = test::tiffFile(kSpecs[which]);
     for (std::size_t i = 0; i < file.size(); ++i) {
       if (i > 64 && i + 400 < file.size() && i % 37 != 0) continue;
       Bytes damaged = file;

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <tests/support/Images.h>
 #include <tests/support/Row.h>
+#include <tests/support/SmallStack.h>
 
 #include <quorvel/Platform/UIKit/UIImageView.h>
 
@@ -170,6 +171,53 @@ TEST(CALayer, IsTranslucentAsOnePicture) {
   EXPECT_EQ(pixel(rendered(*view), 0, 0), 0xFFFFFFFF);
 }
 
+/// Each holds the next; the last is red.
+void lookAtADeepTree() {
+  constexpr int kDepth = 100'000;
+  std::shared_ptr<UIView> top = UIView::make({0, 0, 1, 1});
+  top->setBackgroundColor(kRed);
+  for (int i = 0; i < kDepth / 2; ++i) {
+    const auto above = UIView::make({0, 0, 1, 1});
+    above->addSubview(top);
+    top = above;
+  }
+  std::shared_ptr<UIView> leaf = UIView::make();
+  top->addSubview(leaf);  // and downwards, beside them
+  for (int i = 0; i < kDepth / 2; ++i) {
+    const auto below = Shelf::make({0, 0, 1, 1});
+    leaf->addSubview(below);
+    leaf = below;
+  }
+  leaf->setTintColor(kBlue);
+  top->layoutIfNeeded();
+  EXPECT_EQ(std::static_pointer_cast<Shelf>(leaf)->layouts, 1);
+  EXPECT_EQ(pixel(rendered(*top), 0, 0), 0xFFFF0000);
+  for (auto view = top; !view->subviews().empty(); view = view->subviews()[0]) view->setAlpha(0.9999);
+  top->setAlpha(0.5);
+  EXPECT_NEAR(channelOf(pixel(rendered(*top), 0, 0), 2), 127, 1) << "one layer apart in another";
+  leaf = nullptr;
+  const std::shared_ptr<CALayer> layers = top->layer();
+  top = nullptr;
+  EXPECT_TRUE(layers->sublayers().empty());
+}
+
+void dropDeepLayers() {
+  auto top = CALayer::make();
+  const auto kept = top;
+  for (int i = 0; i < 100'000; ++i) {
+    const auto above = CALayer::make();
+    above->addSublayer(top);
+    top = above;
+  }
+  top = nullptr;
+  EXPECT_EQ(kept->superlayer(), nullptr);
+}
+
+TEST(UIView, DepthTakesNoStack) {
+  test::onSmallStack(lookAtADeepTree);
+  test::onSmallStack(dropDeepLayers);
+}
+
 TEST(ContentRectangle, FollowsTheMode) {
   using enum UIViewContentMode;
   const CGRect bounds{10, 20, 40, 20};
@@ -188,6 +236,8 @@ TEST(ContentRectangle, FollowsTheMode) {
       {TopRight, {40, 20, 10, 10}},
       {BottomLeft, {10, 30, 10, 10}},
       {BottomRight, {40, 30, 10, 10}},
+      {static_cast<UIViewContentMode>(13), bounds},
+      {static_cast<UIViewContentMode>(255), bounds},
   };
   for (const auto& [mode, expected] : rows) {
     EXPECT_EQ(contentRectangle(mode, bounds, contents), expected) << static_cast<int>(mode);

@@ -33,9 +33,9 @@ TEST(ColorCommand, GoesOnAfterWhatIsNoColor) {
 TEST(ColorCommand, RefusesWhatItDoesNotUnderstand) {
   const test::Row<std::vector<std::string>, const char*> rows[] = {
       {{"color"}, "expected a colour"},
-      {{"color", "red", "--on"}, "--on needs a background"},
+      {{"color", "red", "--on"}, "--on needs a value"},
       {{"color", "red", "--on", "nope"}, "the background 'nope' is neither"},
-      {{"color", "red", "--frobnicate"}, "unexpected '--frobnicate'"},
+      {{"color", "red", "--frobnicate"}, "unknown option '--frobnicate'"},
   };
   for (const auto& [words, message] : rows) {
     const test::Outcome refused = test::runCommand(words);
