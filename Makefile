@@ -9,10 +9,10 @@ FUZZ_SECONDS ?= 30
 COMMAND := build/release/apps/quorvel/quorvel
 
 .DEFAULT_GOAL := help
-.PHONY: help run test slow check fuzz bench docs clean release packages
+.PHONY: help run test slow check fuzz bench arm64 docs clean release packages
 
 help: ## this list
-	@sed -n 's/^\([a-z]*\):.*## /make \1\t/p' Makefile | expand -t 14
+	@sed -n 's/^\([a-z0-9]*\):.*## /make \1\t/p' Makefile | expand -t 14
 
 run: release ## search the sample archive (TEXT=...)
 	$(COMMAND) search --reply examples/archive.json --text "$$TEXT"
@@ -34,6 +34,10 @@ fuzz: packages ## run every fuzz target (FUZZ_SECONDS=30)
 bench: packages ## measure ours against peers and floors
 	@scripts/install-packages.sh packages-bench.txt
 	scripts/bench.sh
+
+arm64: packages ## build for 64-bit ARM and run the tests under an emulator
+	@scripts/install-packages.sh packages-arm64.txt
+	scripts/arm64.sh
 
 docs: release ## write docs/operations.md from the command's own table
 	scripts/operations_page.sh $(COMMAND) docs/operations.md

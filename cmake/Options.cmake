@@ -20,8 +20,9 @@ if(ccache_program)
   set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env CCACHE_BASEDIR=${CMAKE_SOURCE_DIR} CCACHE_NOHASHDIR=1
       ${ccache_program})
 endif()
+# Not where g++ compiles for another machine: it looks for a linker of that machine's name.
 find_program(mold_program mold)
-if(mold_program AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+if(mold_program AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND NOT CMAKE_CROSSCOMPILING)
   add_link_options(-fuse-ld=mold)
 endif()
 

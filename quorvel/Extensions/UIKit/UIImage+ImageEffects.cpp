@@ -104,7 +104,8 @@ std::shared_ptr<CGBitmap> through(const Glass& glass, const CGImage& pixels, dou
   const vImage_Buffer source = vImage_Buffer::reading(pixels.bitmap());
   const vImage_Buffer to = vImage_Buffer::of(*result);
   if (glass.blurs() && !boxBlurThrice(source, to, boxSide(glass.radius * scale), work)) return nullptr;
-  const auto matrix = saturationMatrix(glass.saturation);
+  // NaN has no whole number, and what it becomes depends on the processor.
+  const auto matrix = saturationMatrix(glass.changesSaturation() ? glass.saturation : 1);
   for (std::size_t y = 0; y < to.height; y += kBandRows) {
     const vImage_Buffer band = bandOf(to, y);
     const vImage_Buffer under = bandOf(source, y);
