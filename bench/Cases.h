@@ -52,4 +52,11 @@ void add(const std::string& topicCase, std::size_t size, const char* who, Run ru
                                });
 }
 
+/// What has been registered, as the words of the command line say; what main answers.
+inline int run(int argc, char** argv) {
+  benchmark::Initialize(&argc, argv);
+  benchmark::RunSpecifiedBenchmarks();
+  return 0;
+}
+
 }  // namespace quorvel::bench

@@ -129,7 +129,5 @@ int main(int argc, char** argv) {
     for (const std::uint32_t side : {3U, 39U, 113U, 169U}) quorvel::bench::addBoxes(pictures, side);
     quorvel::bench::addColors(pictures);
   }
-  benchmark::Initialize(&argc, argv);
-  benchmark::RunSpecifiedBenchmarks();
-  return 0;
+  return quorvel::bench::run(argc, argv);
 }

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include <bench/Cases.h>
+#include <bench/QtText.h>
 
 #include <quorvel/Extensions/Foundation/NSString+Additions+Cleaning.h>
 #include <quorvel/Extensions/Foundation/NSString+Additions+FileNames.h>
@@ -22,10 +23,6 @@
 
 namespace quorvel::bench {
 namespace {
-
-#if QUORVEL_HAVE_QT
-QString qt(const String& text) { return QString::fromUtf16(text.data(), static_cast<qsizetype>(text.size())); }
-#endif
 
 /// The text with every `gap`-th space replaced.
 String sprinkled(const String& text, std::u16string_view piece, int gap) {

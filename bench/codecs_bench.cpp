@@ -152,7 +152,5 @@ int main(int argc, char** argv) {
   bench::addHEIF("heif/thumbnail of HEIC", picture, heif_compression_HEVC, ImageFormat::HEIC);
   bench::addHEIF("heif/thumbnail of AVIF", test::photograph(2016, 1512), heif_compression_AV1, ImageFormat::AVIF);
 #endif
-  benchmark::Initialize(&argc, argv);
-  benchmark::RunSpecifiedBenchmarks();
-  return 0;
+  return quorvel::bench::run(argc, argv);
 }

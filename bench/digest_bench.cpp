@@ -97,7 +97,5 @@ int main(int argc, char** argv) {
     quorvel::bench::addBase64(size);
   }
   quorvel::bench::addVersions();
-  benchmark::Initialize(&argc, argv);
-  benchmark::RunSpecifiedBenchmarks();
-  return 0;
+  return quorvel::bench::run(argc, argv);
 }

@@ -66,7 +66,5 @@ int main(int argc, char** argv) {
     addEffect("effects/dark", 39, applyDarkEffect);
     if (isOpaque) bench::addCopies(picture);
   }
-  benchmark::Initialize(&argc, argv);
-  benchmark::RunSpecifiedBenchmarks();
-  return 0;
+  return quorvel::bench::run(argc, argv);
 }

@@ -122,7 +122,5 @@ int main(int argc, char** argv) {
   for (int i = 0; i < 50; ++i) frames = test::joined({frames, test::gifFrame(320, 240)});
   addSizes("gif", test::gifFile(320, 240, frames));
   addTurns();
-  benchmark::Initialize(&argc, argv);
-  benchmark::RunSpecifiedBenchmarks();
-  return 0;
+  return quorvel::bench::run(argc, argv);
 }

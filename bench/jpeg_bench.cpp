@@ -128,7 +128,5 @@ int main(int argc, char** argv) {
     }
   }
   bench::addWriting();
-  benchmark::Initialize(&argc, argv);
-  benchmark::RunSpecifiedBenchmarks();
-  return 0;
+  return quorvel::bench::run(argc, argv);
 }

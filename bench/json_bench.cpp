@@ -267,7 +267,5 @@ int main(int argc, char** argv) {
     quorvel::bench::addReading(size, utf8, *quorvel::String::fromUTF8(utf8));
     quorvel::bench::addWriting(size, utf8);
   }
-  benchmark::Initialize(&argc, argv);
-  benchmark::RunSpecifiedBenchmarks();
-  return 0;
+  return quorvel::bench::run(argc, argv);
 }

@@ -253,8 +253,7 @@ int main(int argc, char** argv) {
   addFloor();
   addOpen();
   addService();
-  benchmark::Initialize(&argc, argv);
-  benchmark::RunSpecifiedBenchmarks();
+  run(argc, argv);
   quorvel::Keychain::close();
   std::filesystem::remove_all(scratch());
   return 0;

@@ -129,7 +129,5 @@ int main(int argc, char** argv) {
     addQt(size, a, b);
 #endif
   }
-  benchmark::Initialize(&argc, argv);
-  benchmark::RunSpecifiedBenchmarks();
-  return 0;
+  return quorvel::bench::run(argc, argv);
 }

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include <bench/Cases.h>
+#include <bench/QtText.h>
 
 #include <quorvel/Platform/Foundation/NSRegularExpression.h>
 #include <quorvel/Utility/StringUtils+Highlight.h>
@@ -11,7 +12,6 @@
 
 #if QUORVEL_HAVE_QT
 #include <QRegularExpression>
-#include <QString>
 #endif
 #include <unicode/uregex.h>
 #include <unicode/usearch.h>
@@ -53,9 +53,6 @@ void addTerm(const std::string& script, std::size_t size, const String& text) {
   addICU("match/case/" + script, size, text, term, UCOL_SECONDARY);
   addICU("match/accents/" + script, size, text, term, UCOL_PRIMARY);
 #if QUORVEL_HAVE_QT
-  const auto qt = [](const String& from) {
-    return QString::fromUtf16(from.data(), static_cast<qsizetype>(from.size()));
-  };
   const QString q = qt(text);
   const QString qTerm = qt(term);
   for (const char* name : {"match/case/", "match/case-ready/"}) {
@@ -113,7 +110,7 @@ void addKeywords() {
     return count;
   });
 #if QUORVEL_HAVE_QT
-  const QString q = QString::fromUtf16(text.data(), static_cast<qsizetype>(text.size()));
+  const QString q = qt(text);
   const QRegularExpression pcre(QString::fromUtf16(alternation.data(), static_cast<qsizetype>(alternation.size())),
                                 QRegularExpression::CaseInsensitiveOption);
   add("match/three keywords", size, "qt", [q, pcre] {
@@ -138,7 +135,5 @@ void addAll() {
 
 int main(int argc, char** argv) {
   quorvel::bench::addAll();
-  benchmark::Initialize(&argc, argv);
-  benchmark::RunSpecifiedBenchmarks();
-  return 0;
+  return quorvel::bench::run(argc, argv);
 }

@@ -237,7 +237,5 @@ int main(int argc, char** argv) {
   const auto part = CGBitmap::make(1024, 768);
   bench::drawPhoto(*part, 0, 0, part->width(), part->height());
   bench::addWriters("png/write photograph", *part);
-  benchmark::Initialize(&argc, argv);
-  benchmark::RunSpecifiedBenchmarks();
-  return 0;
+  return quorvel::bench::run(argc, argv);
 }

@@ -2,6 +2,7 @@
 #include <cstring>
 
 #include <bench/Cases.h>
+#include <bench/QtText.h>
 
 #include <quorvel/Extensions/Foundation/NSDictionary+URL.h>
 #include <quorvel/Extensions/Foundation/NSNumber+HumanReadable.h>
@@ -28,10 +29,6 @@
 
 namespace quorvel::bench {
 namespace {
-
-#if QUORVEL_HAVE_QT
-QString qt(const String& text) { return QString::fromUtf16(text.data(), static_cast<qsizetype>(text.size())); }
-#endif
 
 String spaced(const String& text) {
   std::u16string padded(text.data(), text.size());
@@ -211,7 +208,5 @@ void addAll() {
 
 int main(int argc, char** argv) {
   quorvel::bench::addAll();
-  benchmark::Initialize(&argc, argv);
-  benchmark::RunSpecifiedBenchmarks();
-  return 0;
+  return quorvel::bench::run(argc, argv);
 }

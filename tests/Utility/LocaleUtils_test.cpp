@@ -1,8 +1,8 @@
 #include <atomic>
-#include <thread>
 
 #include <gtest/gtest.h>
 #include <tests/support/BundleFolder.h>
+#include <tests/support/Crowd.h>
 #include <tests/support/Row.h>
 
 #include <quorvel/Extensions/Foundation/NSBundle+Extension.h>
@@ -93,17 +93,13 @@ TEST_F(MainBundle, TheLanguageIsKeptUntilItIsRefreshed) {
 TEST_F(MainBundle, ThreadsReadWholeCodesWhileOthersRefresh) {
   use("zh_CN");
   std::atomic<int> wrong = 0;
-  std::vector<std::thread> threads;
-  for (int i = 0; i < 4; ++i) {
-    threads.emplace_back([&wrong, i] {
-      for (int n = 0; n < 300; ++n) {
-        if (i == 0) LocaleUtils::forcelyRefreshedLanguage();
-        wrong += LocaleUtils::languageCode() != u"zh-Hans" || LocaleUtils::localeCode() != u"zh_CN";
-        wrong += LocaleUtils::preferredLanguageIndexMap().isEmpty();
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
+  test::onThreads(4, [&wrong](int i) {
+    for (int n = 0; n < 300; ++n) {
+      if (i == 0) LocaleUtils::forcelyRefreshedLanguage();
+      wrong += LocaleUtils::languageCode() != u"zh-Hans" || LocaleUtils::localeCode() != u"zh_CN";
+      wrong += LocaleUtils::preferredLanguageIndexMap().isEmpty();
+    }
+  });
   EXPECT_EQ(wrong, 0);
 }
 

@@ -48,22 +48,12 @@ TEST(HangulMatch, TakesATermAsItIsTyped) {
       {u"ㅎㄱ 하고", u"ㅎㄱ", "[0,2][3,2]", "letters stand for themselves too"},
       {u"끝 글", u"ㄱ", "[2,1]", "a doubled consonant is another"},
       {u"가구 각 갃 가까 갂", u"각", "[0,2][3,1][5,1]", "a final moves on, or a second follows it"},
-      {u"가까 갂 가가", u"갂", "[0,2][3,1]", "a doubled final moves as one"},
       {u"가ㄱ 가ㄲ", u"각", "[0,2]", "it moves to a letter as well"},
-      {u"각시 갃 가ㄱㅅ 각ㅅ", u"갃", "[0,2][3,1][9,2]", "of two finals the second moves"},
-      {u"값 가비 갑 갓", u"갑", "[0,1][2,2][5,1]", "ㅂ leads to ㅄ"},
-      {u"안 앉 않 알", u"안", "[0,1][2,1][4,1]", "ㄴ leads to ㄵ and ㄶ"},
-      {u"달 닭 닮 닳 담", u"달", "[0,1][2,1][4,1][6,1]", "ㄹ leads to seven"},
-      {u"고 과 괘 괴 교 관", u"고", "[0,1][2,1][4,1][6,1][10,1]", "ㅗ leads to three"},
-      {u"구 궈 궤 귀 규", u"구", "[0,1][2,1][4,1][6,1]", "ㅜ leads to three"},
-      {u"그 긔 기", u"그", "[0,1][2,1]", "ㅡ leads to one"},
-      {u"괘 과", u"과", "[2,1]", "ㅘ leads nowhere"},
       {u"ㅗ ㅘ ㅚ ㅛ", u"ㅗ", "[0,1][2,1][4,1]", "vowel letters alike"},
       {u"ㅗa ㅘa", u"ㅗa", "[0,2]", "but at the end only"},
       {u"가수 ㄳ ㄱㅅ 각ㅅ", u"ㄳ", "[0,2][3,1][5,2][8,2]", "a letter of two keys is two"},
       {u"ㄳ", u"ㄱ", "", "no match ends within a letter"},
       {u"한글 한그 ", u"한그 ", "[3,3]", "a space ends the typing"},
-      {u"가가가", u"가", "[0,1][1,1][2,1]", "neighbours"},
       {u"각각각", u"ㄱㄱ", "[0,2]", "no overlap"},
       {u"\u1112\u1161\u11AB\u1100\u1173\u11AF", u"ㅎㄱ", "[0,6]", "decomposed syllables"},
       {u"한글", u"\u1112\u1161\u11AB\u1100\u1173", "[0,2]", "a decomposed term"},
@@ -94,18 +84,10 @@ TEST(MatchRanges, LeavesOutWhatDoesNotMatter) {
       {kExact, {u"\xDE00 \xD83D", u"\xD83D", "[2,1]", "unpaired halves are characters"}},
       {kExact, {u"한글", u"하", "", "a syllable is one"}},
       {kExact, {u"ㄳ", u"ㄱㅅ", "", "letters stay letters"}},
-      {kExact, {u"aaaa", u"aa", "[0,2][2,2]", "no overlap"}},
-      {kCase, {u"Straße STRASSE", u"strasse", "[0,6][7,7]", "ß folds to two"}},
       {kCase, {u"Straße", u"s", "[0,1]", "of which none is found alone"}},
-      {kCase, {u"ﬁx", u"FI", "[0,1]", "a ligature"}},
       {kCase, {u"ﬁx", u"ix", "", "is not split"}},
-      {kCase, {u"İi̇", u"i\u0307", "[0,1][1,2]", "İ folds to i and a dot"}},
       {kCase, {u"İ", u"i", "", "which is more than i"}},
       {kCase, {u"Σίσυφος", u"ΣΥΦΟΣ", "[2,5]", "three forms of sigma"}},
-      {kCase, {u"\U00010400\U00010428", u"\U00010428", "[0,2][2,2]", "pairs have case"}},
-      {kCase, {u"é É e\u0301 E\u0301", u"É", "[0,1][2,1][4,2][7,2]", "case beside equivalence"}},
-      {kCase, {u"K\u212Ak", u"k", "[0,1][1,1][2,1]", "the Kelvin sign"}},
-      {kCase, {u"ᾳ αι", u"αι", "[0,1][2,2]", "iota below"}},
       {kAccents, {u"Café Cafe\u0301 Cafe", u"Cafe", "[0,4][5,5][11,4]", "with the marks inside the range"}},
       {kAccents, {u"Cafe", u"Café", "[0,4]", "accents of the term do not matter either"}},
       {kAccents, {u"がか か\u3099", u"か", "[1,1]", "a sound mark is no accent"}},
@@ -119,11 +101,7 @@ TEST(MatchRanges, LeavesOutWhatDoesNotMatter) {
       {kAccents, {u"ᾳ", u"α", "[0,1]", "iota below is a mark"}},
       {kBoth, {u"İSTANBUL", u"istanbul", "[0,8]", "İ without its dot"}},
       {kBoth, {u"ᾳ ᾼ", u"α", "[0,1][2,1]", "also when case is ignored"}},
-      {kWidth, {u"ＡＢ AB", u"AB", "[0,2][3,2]", "full width"}},
-      {kWidth, {u"ｶﾞ ガ", u"ガ", "[0,2][3,1]", "half width, with its sound mark"}},
-      {kWidth, {u"ｶﾞ", u"カ", "", "which belongs to it"}},
       {kExact, {u"ｶﾞ", u"ｶ", "[0,1]", "only where width is ignored"}},
-      {kWidth, {u"a\u3000b", u"a b", "[0,3]", "the wide space"}},
       {kWidth, {u"\uFFE6100", u"\u20A9100", "[0,4]", "the won sign"}},
       {kTyped, {u"Trip 여행", u"TRIP ㅇㅎ", "[0,7]", "typed while case is ignored"}},
       {{.ignoresWidth = true, .partialHangul = true}, {u"한글", u"ﾾﾡ", "[0,2]", "half-width letters are letters"}},
@@ -185,20 +163,6 @@ TEST(MatchRanges, AgreesWithTheRuleOnHardTexts) {
     const std::u16string text = test::randomText(random, pieces, 1 + random() % 24);
     const std::u16string term = test::randomText(random, pieces, 1 + random() % 3);
     ASSERT_TRUE(agree(text, term, optionsOf(random() % 16)));
-  }
-}
-
-TEST(MatchRanges, IgnoringMoreFindsWhereverLessDid) {
-  std::mt19937 random(3);
-  for (int round = 0; round < 20'000; ++round) {
-    const std::u16string text = test::randomText(random, test::kHardPieces, 4);
-    const std::u16string term = test::randomText(random, test::kHardPieces, 1);
-    const unsigned bits = random() % 16;
-    if (matchRanges(text, term, optionsOf(bits)).empty()) continue;
-    const unsigned more = bits | (1U << random() % 4);
-    if ((more & ~bits & 2) != 0 && matchRanges(term, term, optionsOf(more)).empty()) continue;  // accents alone
-    ASSERT_FALSE(matchRanges(text, term, optionsOf(more)).empty())
-        << test::hex(text) << " / " << test::hex(term) << " " << bits << " " << more;
   }
 }
 

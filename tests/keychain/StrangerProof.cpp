@@ -45,6 +45,7 @@ void refuseAll(const std::string& why, Faults& faults) {
   std::vector<KeychainItem> items;
   if (Keychain::list(items) != errSecNotAvailable || !items.empty()) faults.add(why + ": list");
   if (Keychain::rotate() != errSecNotAvailable) faults.add(why + ": rotate");
+  if (Keychain::doctor().isSound()) faults.add(why + ": doctor is content");
 }
 
 /// The source's store, used and copied without the key while it is open and once it is closed.

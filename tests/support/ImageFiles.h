@@ -54,6 +54,10 @@ class ByteWriter {
   for (const FileBytes& piece : pieces) writer.add(piece);
   return writer.file;
 }
+/// The first `size` bytes.
+[[nodiscard]] inline FileBytes beginning(const FileBytes& file, std::size_t size) {
+  return {file.begin(), file.begin() + static_cast<std::ptrdiff_t>(size)};
+}
 [[nodiscard]] inline FileBytes textBytes(std::string_view characters) { return ByteWriter().text(characters).file; }
 
 /// A TIFF or an EXIF block. Directories that others name are added before them; the first one's place goes to `file`.
@@ -93,6 +97,11 @@ class TIFFWriter {
     return {tag, 7, characters.size(), textBytes(characters)};
   }
 
+  /// Pixels; their place.
+  std::uint64_t append(const FileBytes& bytes) {
+    block_.add(bytes);
+    return block_.file.size() - bytes.size();
+  }
   /// Its place.
   std::uint64_t add(const std::vector<Field>& fields, std::uint64_t next = 0) {
     std::vector<std::uint64_t> places;

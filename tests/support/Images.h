@@ -30,11 +30,12 @@ class ScreenScale {
 };
 
 /// A pixel as 0xAARRGGBB, premultiplied.
-inline std::uint32_t pixel(const UIImage& image, std::size_t x, std::size_t y) {
+inline std::uint32_t pixel(const CGImage& image, std::size_t x, std::size_t y) {
   std::uint32_t result;
-  std::memcpy(&result, image.bitmap().bitmap().row(y) + 4 * x, sizeof result);
+  std::memcpy(&result, image.bitmap().row(y) + 4 * x, sizeof result);
   return result;
 }
+inline std::uint32_t pixel(const UIImage& image, std::size_t x, std::size_t y) { return pixel(image.bitmap(), x, y); }
 
 /// `colorAt(x, y)` gives a premultiplied 0xAARRGGBB.
 template <class ColorAt>
@@ -54,6 +55,17 @@ inline std::uint32_t place(std::size_t x, std::size_t y) {
   return static_cast<std::uint32_t>(0xFF000000 | x << 16 | y << 8);
 }
 inline CGImage places(std::int64_t width, std::int64_t height) { return picture(width, height, place); }
+/// One premultiplied color.
+inline CGImage flat(std::int64_t width, std::int64_t height, std::uint32_t color) {
+  return picture(width, height, [color](std::size_t, std::size_t) { return color; });
+}
+/// Opaque pixels without any order.
+inline CGImage noise(std::int64_t width, std::int64_t height) {
+  std::uint32_t state = 5;
+  return picture(width, height, [&state](std::size_t, std::size_t) {
+    return 0xFF000000 | (state = state * 1664525 + 1013904223) >> 8;
+  });
+}
 
 /// Channel 0 is blue, 3 alpha.
 constexpr int channelOf(std::uint32_t color, int channel) {

@@ -128,6 +128,21 @@ std::vector<std::uint8_t> makeJPEG(const Samples& samples, const JPEGKind& kind)
   return file;
 }
 
+std::size_t frameOf(std::span<const std::uint8_t> file) {
+  std::size_t at = 2;
+  while (file[at + 1] < 0xC0 || file[at + 1] > 0xC2) at += 2 + (std::size_t{file[at + 2]} << 8 | file[at + 3]);
+  return at;
+}
+
+std::vector<std::uint8_t> declaring(std::vector<std::uint8_t> file, std::uint32_t width, std::uint32_t height) {
+  std::uint8_t* const sides = file.data() + frameOf(file) + 5;
+  sides[0] = static_cast<std::uint8_t>(height >> 8);
+  sides[1] = static_cast<std::uint8_t>(height);
+  sides[2] = static_cast<std::uint8_t>(width >> 8);
+  sides[3] = static_cast<std::uint8_t>(width);
+  return file;
+}
+
 Samples decodeWhole(std::span<const std::uint8_t> file) {
   jpeg_decompress_struct info{};
   jpeg_error_mgr errors{};

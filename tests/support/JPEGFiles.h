@@ -44,6 +44,12 @@ struct JPEGKind {
 
 [[nodiscard]] std::vector<std::uint8_t> makeJPEG(const Samples& samples, const JPEGKind& kind = {});
 
+/// Where a baseline or progressive file's frame header begins; its sides stand five bytes further.
+[[nodiscard]] std::size_t frameOf(std::span<const std::uint8_t> file);
+/// The same file with other sides in its frame header.
+[[nodiscard]] std::vector<std::uint8_t> declaring(std::vector<std::uint8_t> file, std::uint32_t width,
+                                                  std::uint32_t height);
+
 /// The whole picture in red, green, blue; inks as they are stored.
 [[nodiscard]] Samples decodeWhole(std::span<const std::uint8_t> file);
 

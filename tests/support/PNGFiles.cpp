@@ -7,12 +7,6 @@
 namespace quorvel::test {
 namespace {
 
-void addNumber(Bytes& to, std::uint64_t number) {
-  for (unsigned shift = 32; shift > 0; shift -= 8) to.push_back(static_cast<std::uint8_t>(number >> (shift - 8)));
-}
-
-void append(Bytes& to, const Bytes& bytes) { to.insert(to.end(), bytes.begin(), bytes.end()); }
-
 /// The pixels of a row from `x` on, every `step`th, their bits put together.
 Bytes row(const PNGSpec& spec, std::uint32_t x, std::uint32_t step, std::uint32_t y) {
   Bytes bytes;
@@ -101,53 +95,34 @@ Bytes packed(const Bytes& bytes) {
   return result;
 }
 
-Bytes chunk(std::string_view type, const Bytes& bytes) {
-  Bytes result;
-  addNumber(result, bytes.size());
-  result.insert(result.end(), type.begin(), type.end());
-  append(result, bytes);
-  addNumber(result, crc32(0, result.data() + 4, static_cast<uInt>(result.size() - 4)));
-  return result;
-}
-
 Bytes filteredRows(const PNGSpec& spec) {
   Bytes rows;
   if (!spec.isInterlaced) {
     addPass(spec, 0, 0, 1, 1, rows);
     return rows;
   }
-  addPass(spec, 0, 0, 8, 8, rows);
-  addPass(spec, 4, 0, 8, 8, rows);
-  addPass(spec, 0, 4, 4, 8, rows);
-  addPass(spec, 2, 0, 4, 4, rows);
-  addPass(spec, 0, 2, 2, 4, rows);
-  addPass(spec, 1, 0, 2, 2, rows);
-  addPass(spec, 0, 1, 1, 2, rows);
+  constexpr std::uint32_t kPasses[][4] = {{0, 0, 8, 8}, {4, 0, 8, 8}, {0, 4, 4, 8}, {2, 0, 4, 4},
+                                          {0, 2, 2, 4}, {1, 0, 2, 2}, {0, 1, 1, 2}};
+  for (const auto& [x, y, right, down] : kPasses) addPass(spec, x, y, right, down, rows);
   return rows;
 }
 
 Bytes pngFile(const PNGSpec& spec) { return pngFile(spec, packed(filteredRows(spec))); }
 
 Bytes pngFile(const PNGSpec& spec, const Bytes& packedRows) {
-  Bytes file = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
-  Bytes header;
-  addNumber(header, spec.width);
-  addNumber(header, spec.height);
-  for (const unsigned byte : {spec.depth, spec.color, 0U, 0U, spec.isInterlaced ? 1U : 0U}) {
-    header.push_back(static_cast<std::uint8_t>(byte));
-  }
-  append(file, chunk("IHDR", header));
-  append(file, spec.extra);
-  if (!spec.palette.empty()) append(file, chunk("PLTE", spec.palette));
-  if (!spec.transparency.empty()) append(file, chunk("tRNS", spec.transparency));
+  const Bytes header =
+      ByteWriter().u32(spec.width).u32(spec.height).u8(spec.depth).u8(spec.color).u16(0).u8(spec.isInterlaced).file;
+  ByteWriter file;
+  file.text("\x89PNG\r\n\x1A\n").add(pngChunk("IHDR", header)).add(spec.extra);
+  if (!spec.palette.empty()) file.add(pngChunk("PLTE", spec.palette));
+  if (!spec.transparency.empty()) file.add(pngChunk("tRNS", spec.transparency));
   for (std::size_t at = 0; at < packedRows.size();) {
     const std::size_t count = std::min(spec.part, packedRows.size() - at);
     const auto from = packedRows.begin() + static_cast<std::ptrdiff_t>(at);
-    append(file, chunk("IDAT", Bytes(from, from + static_cast<std::ptrdiff_t>(count))));
+    file.add(pngChunk("IDAT", Bytes(from, from + static_cast<std::ptrdiff_t>(count))));
     at += count;
   }
-  append(file, chunk("IEND", {}));
-  return file;
+  return file.add(pngChunk("IEND", {})).file;
 }
 
 std::uint32_t expectedPixel(const PNGSpec& spec, std::uint32_t x, std::uint32_t y) {

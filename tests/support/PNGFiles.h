@@ -6,8 +6,9 @@
 #include <string_view>
 #include <vector>
 
-#include <quorvel/Platform/CoreGraphics/CGImage.h>
-#include <quorvel/Platform/ImageIO/ImageFacts.h>
+#include <tests/support/ImageFiles.h>
+
+#include <quorvel/Platform/ImageIO/AreaShrink.h>
 
 namespace quorvel::test {
 
@@ -35,7 +36,6 @@ struct PNGSpec {
 };
 
 [[nodiscard]] Bytes packed(const Bytes& bytes);
-[[nodiscard]] Bytes chunk(std::string_view type, const Bytes& bytes);
 [[nodiscard]] Bytes pngFile(const PNGSpec& spec);
 /// With `packedRows` instead of what the samples give.
 [[nodiscard]] Bytes pngFile(const PNGSpec& spec, const Bytes& packedRows);
@@ -58,8 +58,28 @@ struct PNGSpec {
   return pixel[0] | std::uint32_t{pixel[1]} << 8 | std::uint32_t{pixel[2]} << 16 | std::uint32_t{pixel[3]} << 24;
 }
 
-inline void setPixel(CGBitmap& bitmap, std::size_t x, std::size_t y, std::uint32_t pixel) {
-  for (unsigned i = 0; i < 4; ++i) bitmap.row(y)[4 * x + i] = static_cast<std::uint8_t>(pixel >> (8 * i));
+/// Rows from the top that are as `pixelAt(x, y)` has them.
+template <class PixelAt>
+[[nodiscard]] std::uint32_t rightRows(const CGBitmap& bitmap, PixelAt pixelAt) {
+  for (std::uint32_t y = 0; y < bitmap.height(); ++y) {
+    for (std::uint32_t x = 0; x < bitmap.width(); ++x) {
+      if (pixelOf(bitmap, x, y) != pixelAt(x, y)) return y;
+    }
+  }
+  return static_cast<std::uint32_t>(bitmap.height());
+}
+[[nodiscard]] inline bool isSame(const CGBitmap& a, const CGBitmap& b) {
+  return a.width() == b.width() && a.height() == b.height() &&
+         rightRows(a, [&b](std::size_t x, std::size_t y) { return pixelOf(b, x, y); }) == a.height();
+}
+
+/// The means of a whole picture.
+[[nodiscard]] inline std::shared_ptr<CGBitmap> shrunk(const CGBitmap& whole, PixelSize size) {
+  auto result = CGBitmap::make(size.width, size.height);
+  auto shrink = AreaShrink::make(
+      {static_cast<std::uint32_t>(whole.width()), static_cast<std::uint32_t>(whole.height())}, *result);
+  for (std::size_t y = 0; y < whole.height(); ++y) shrink->addRow(whole.row(y));
+  return result;
 }
 
 }  // namespace quorvel::test

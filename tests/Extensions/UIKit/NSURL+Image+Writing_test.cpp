@@ -8,7 +8,8 @@
 #include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
+#include <tests/support/Crowd.h>
+#include <tests/support/ImageFiles.h>
 #include <tests/support/JPEGFiles.h>
 #include <tests/support/TemporaryFolder.h>
 
@@ -31,14 +32,8 @@ std::string fileOf(const Samples& picture, const test::JPEGKind& kind = {}) {
 
 /// The file with EXIF's number of how it was turned.
 std::string turned(const std::string& file, unsigned orientation) {
-  std::string exif(
-      "\xFF\xE1\x00\x22"
-      "Exif\0\0"
-      "II*\0\x08\0\0\0"
-      "\x01\0\x12\x01\x03\0\x01\0\0\0N\0\0\0\0\0\0\0",
-      36);
-  exif[28] = static_cast<char>(orientation);
-  return file.substr(0, 2) + exif + file.substr(2);
+  const auto segment = test::jpegExif(test::exifWithOrientation(static_cast<std::uint16_t>(orientation), true));
+  return std::string(file).insert(2, std::string(segment.begin(), segment.end()));
 }
 
 Samples decoded(const std::string& path) {
@@ -150,26 +145,20 @@ struct Sample {
   }
 };
 
-/// A run in a process of its own, after `prepare`; its status as of waitpid.
+/// A run in a process of its own, after `prepare`.
 template <class Prepare>
 pid_t start(const std::string& path, Prepare prepare) {
-  const pid_t child = ::fork();
-  if (child != 0) return child;
-  prepare();
-  ::_exit(resizeImageAtPixel(urlOf(path), 300) ? 0 : 1);
-}
-
-int wait(pid_t child) {
-  int status = 0;
-  EXPECT_EQ(::waitpid(child, &status, 0), child);
-  return status;
+  return test::startChild([&] {
+    prepare();
+    return resizeImageAtPixel(urlOf(path), 300) ? 0 : 1;
+  });
 }
 
 TEST(ResizeImageAtPixel, KilledAtAnyMomentTheFileIsOldOrNewSlow) {
   if (!std::getenv("QUORVEL_SLOW_TESTS")) GTEST_SKIP();
   const Sample sample;
   const auto begun = std::chrono::steady_clock::now();
-  wait(start(sample.path, [] {}));
+  ASSERT_EQ(test::endOf(start(sample.path, [] {})), 0);
   const auto usual = std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - begun);
   std::mt19937 random(5);
   int olds = 0;
@@ -180,7 +169,7 @@ TEST(ResizeImageAtPixel, KilledAtAnyMomentTheFileIsOldOrNewSlow) {
     const auto delay = static_cast<useconds_t>(random() % (2 * static_cast<unsigned>(usual.count()) + 1));
     ::usleep(delay);
     ::kill(child, SIGKILL);
-    wait(child);
+    static_cast<void>(test::endOf(child));
     const std::string found = readFile(sample.path);
     (found == sample.old ? olds : news) += 1;
     ASSERT_TRUE(found == sample.old || found == sample.made) << round << ", after " << delay << " us";
@@ -196,12 +185,12 @@ TEST(ResizeImageAtPixel, WithoutRoomTheFileIsTheOldOneSlow) {
   const Sample sample;
   for (std::size_t room = 0; room < sample.made.size(); room += 61) {
     writeFile(sample.path, sample.old);
-    const int status = wait(start(sample.path, [room] {
+    const int status = test::endOf(start(sample.path, [room] {
       const rlimit limit{room, room};
       ::signal(SIGXFSZ, SIG_IGN);
       ::setrlimit(RLIMIT_FSIZE, &limit);
     }));
-    ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 1) << room;
+    ASSERT_EQ(status, 1) << room;
     ASSERT_EQ(readFile(sample.path), sample.old) << room;
     ASSERT_EQ(test::namesIn(sample.folder.path()), "photo.jpg") << room;
   }
@@ -226,19 +215,16 @@ TEST(ResizeImageAtPixel, OnAFullDiskTheFileIsTheOldOneSlow) {
   if (!std::getenv("QUORVEL_SLOW_TESTS")) GTEST_SKIP();
   const Sample sample;
   const TemporaryFolder place;
-  const pid_t child = ::fork();
-  if (child == 0) {
+  const int status = test::inChild([&] {
     const bool isOurs = ::unshare(CLONE_NEWNS) == 0 || ::unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0;
     static_cast<void>(::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr));
-    if (!isOurs || ::mount("none", place.path().c_str(), "tmpfs", 0, "size=256k") != 0) ::_exit(77);
+    if (!isOurs || ::mount("none", place.path().c_str(), "tmpfs", 0, "size=256k") != 0) return 77;
     const char* const failure = failureOnFullDisk(sample, place.path());
     if (failure) ADD_FAILURE() << failure;  // printed by this process, counted by its status
-    ::_exit(failure ? 1 : 0);
-  }
-  const int status = wait(child);
-  ASSERT_TRUE(WIFEXITED(status));
-  if (WEXITSTATUS(status) == 77) GTEST_SKIP() << "no file system of our own is permitted here";
-  EXPECT_EQ(WEXITSTATUS(status), 0);
+    return failure ? 1 : 0;
+  });
+  if (status == 77) GTEST_SKIP() << "no file system of our own is permitted here";
+  EXPECT_EQ(status, 0);
 }
 
 }  // namespace

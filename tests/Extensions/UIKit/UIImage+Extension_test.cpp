@@ -10,6 +10,7 @@
 namespace quorvel {
 namespace {
 
+using test::noise;
 using test::pixel;
 using test::place;
 using test::places;
@@ -40,18 +41,12 @@ TEST(ScaledImage, RoundsUpToWholePoints) {
   EXPECT_EQ(pixel(*turned, 1, 0), place(0, 0)) << "upright";
 }
 
-UIImage noise(std::int64_t width, std::int64_t height) {
-  std::uint32_t state = 5;
-  return UIImage(test::picture(width, height, [&state](std::size_t, std::size_t) {
-    return 0xFF000000 | (state = state * 1664525 + 1013904223) >> 8;
-  }));
-}
 std::int64_t fileSize(const UIImage& image) {
   return static_cast<std::int64_t>(UIImagePNGRepresentation(image)->size());
 }
 
 TEST(ScaledImageLimitedLength, HalvesUntilTheFileFits) {
-  const UIImage image = noise(65, 40);
+  const UIImage image(noise(65, 40));
   const std::int64_t whole = fileSize(image);
   EXPECT_EQ(scaledImageLimitedLength(image, whole), image) << "exactly its bytes fit: the receiver itself";
   const auto half = scaledImageLimitedLength(image, whole - 1);
@@ -65,7 +60,7 @@ TEST(ScaledImageLimitedLength, HalvesUntilTheFileFits) {
 
 TEST(ScaledImageLimitedLength, EndsWhereNothingShrinks) {
   for (const std::int64_t budget : {std::int64_t{1}, std::int64_t{0}, std::int64_t{-1}, INT64_MIN}) {
-    const auto smallest = scaledImageLimitedLength(noise(37, 3), budget);
+    const auto smallest = scaledImageLimitedLength(UIImage(noise(37, 3)), budget);
     ASSERT_TRUE(smallest) << budget;
     EXPECT_EQ(smallest->size(), (CGSize{1, 1})) << budget;
   }

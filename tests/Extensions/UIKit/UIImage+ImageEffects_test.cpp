@@ -12,6 +12,7 @@ namespace quorvel {
 namespace {
 
 using test::channelOf;
+using test::noise;
 using test::pixel;
 using test::ScreenScale;
 
@@ -20,13 +21,6 @@ constexpr double kSameColors = 1;
 
 std::optional<UIImage> blurred(const UIImage& image, double radius, double saturation = kSameColors) {
   return applyBlurWithRadius(image, radius, std::nullopt, saturation, std::nullopt);
-}
-
-CGImage noise(std::int64_t width, std::int64_t height) {
-  std::uint32_t state = 7;
-  return test::picture(width, height, [&state](std::size_t, std::size_t) {
-    return 0xFF000000 | (state = state * 1664525 + 1013904223) >> 8;
-  });
 }
 
 TEST(ApplyBlur, AnswersNilWhereThereIsNothingToBlur) {
@@ -88,7 +82,7 @@ TEST(ApplyBlur, ChangesSaturationByTheMatrix) {
   for (const auto& [factor, matrix] : rows) {
     for (std::size_t from = 0; from < 3; ++from) {
       const std::uint32_t color = 0xFF000000 | 100U << (8 * from);
-      const UIImage image(test::picture(3, 3, [color](std::size_t, std::size_t) { return color; }));
+      const UIImage image(test::flat(3, 3, color));
       for (const double radius : {kNoBlur, 2.0}) {
         const std::uint32_t result = pixel(*blurred(image, radius, factor), 1, 1);
         EXPECT_EQ(channelOf(result, 3), 255);
@@ -101,7 +95,7 @@ TEST(ApplyBlur, ChangesSaturationByTheMatrix) {
       }
     }
   }
-  const UIImage red(test::picture(1, 1, [](std::size_t, std::size_t) { return 0xFF190000; }));
+  const UIImage red(test::flat(1, 1, 0xFF190000));
   EXPECT_EQ(channelOf(pixel(*blurred(red, kNoBlur, 2.6), 0, 0), 2), 56) << "0.7873 of red stays red, not 0.7874";
   for (const double huge : {1e9, -1e9, static_cast<double>(INFINITY)}) {
     EXPECT_TRUE(blurred(UIImage(noise(3, 3)), kNoBlur, huge)) << huge;
@@ -113,7 +107,7 @@ double tinted(int under, double component, double alpha) { return under * (1 - a
 
 TEST(ApplyEffects, WashAFlatPictureWithTheirTint) {
   const ScreenScale screen(2);
-  const UIImage gray(test::picture(40, 30, [](std::size_t, std::size_t) { return 0xFF808080; }), 2);
+  const UIImage gray(test::flat(40, 30, 0xFF808080), 2);
   const UIColor half(1, 0, 0, 0.1);
   const test::Row<std::optional<UIImage>, UIColor, test::Why> rows[] = {
       {applyLightEffect(gray), UIColor::white(1, 0.3), "light"},
@@ -151,11 +145,11 @@ TEST(ApplyBlur, StaysWithinItsMask) {
 
 TEST(ApplyBlur, LaysTranslucentPicturesOverThemselves) {
   const ScreenScale screen(1);
-  const UIImage flat(test::picture(9, 9, [](std::size_t, std::size_t) { return 0x80400000; }));
+  const UIImage flat(test::flat(9, 9, 0x80400000));
   const std::uint32_t color = pixel(*blurred(flat, 2), 4, 4);
   EXPECT_NEAR(channelOf(color, 3), 128 + 128 * 127 / 255.0, 1) << "the blur lies over the sharp picture";
   EXPECT_NEAR(channelOf(color, 2), 64 + 64 * 127 / 255.0, 1);
-  const UIImage empty(test::picture(9, 9, [](std::size_t, std::size_t) { return 0; }));
+  const UIImage empty(test::flat(9, 9, 0));
   EXPECT_EQ(pixel(*applyBlurWithRadius(empty, 2, UIColor(0, 1, 0, 1), 1, std::nullopt), 8, 8), 0xFF00FF00);
 }
 

@@ -49,9 +49,7 @@ TEST(ResizeImage, TakesTwoOrTheScreensScale) {
 
 // The mean of the pixels that each pixel of the result covers, in whole numbers of them.
 TEST(ResizeImage, MakesSmallerByMeans) {
-  std::uint32_t state = 3;
-  const CGImage noise = test::picture(
-      60, 36, [&state](std::size_t, std::size_t) { return 0xFF000000 | (state = state * 1664525 + 1013904223) >> 8; });
+  const CGImage noise = test::noise(60, 36);
   for (const auto orientation : {UIImageOrientation::Up, UIImageOrientation::Down, UIImageOrientation::UpMirrored}) {
     const UIImage image(noise, 1, orientation);
     const auto small = resizeImage(image, {12, 4}, 1);  // 5 by 9 pixels each
@@ -78,7 +76,7 @@ TEST(ResizeImage, KeepsEdgesOpaqueAndAveragesAlpha) {
   const auto half = resizeImage(checks, {5, 5}, 1);
   EXPECT_NEAR(channelOf(pixel(*half, 0, 0), 3), 128, 1);
   EXPECT_NEAR(channelOf(pixel(*half, 4, 4), 0), 128, 1) << "premultiplied: colour goes with alpha";
-  const UIImage white(test::picture(100, 100, [](std::size_t, std::size_t) { return 0xFFFFFFFF; }));
+  const UIImage white(test::flat(100, 100, 0xFFFFFFFF));
   for (const double side : {99.0, 67.0, 33.0, 7.0, 1.0, 133.0}) {
     const auto resized = resizeImage(white, {side, side}, 1);
     EXPECT_TRUE(resized->bitmap().isOpaque()) << side;
@@ -99,13 +97,13 @@ TEST(ImageScaledToSize, IsAtTheScreensScaleAndUpright) {
 }
 
 TEST(ConvertToGrayscale, WorksOnWholePoints) {
-  const UIImage red(test::picture(107, 52, [](std::size_t, std::size_t) { return 0xFFFF0000; }), 10);
+  const UIImage red(test::flat(107, 52, 0xFFFF0000), 10);
   const auto gray = convertToGrayscale(red);  // 10.7 by 5.2 points
   ASSERT_TRUE(gray);
   EXPECT_EQ(gray->size(), (CGSize{10, 5}));
   EXPECT_EQ(gray->scale(), 1);
   EXPECT_EQ(pixel(*gray, 9, 4), 0xFF4C4C4C) << "76.5, truncated";
-  const UIImage half(test::picture(2, 2, [](std::size_t, std::size_t) { return 0x80008000; }));
+  const UIImage half(test::flat(2, 2, 0x80008000));
   EXPECT_EQ(pixel(*convertToGrayscale(half), 0, 0), 0x804B4B4B) << "premultiplied bytes; alpha stays";
   EXPECT_EQ(pixel(*convertToGrayscale(UIImage(places(3, 2))), 0, 1), 0xFF000000) << "upright";
   EXPECT_FALSE(convertToGrayscale(UIImage(places(9, 100), 10))) << "below a point";
@@ -245,7 +243,7 @@ TEST(LineImage, IsOnePixelOfOnePoint) {
 
 TEST(BlurWithCoreImage, BlursInPixelsOfTheSourceUnderAWhiteWash) {
   const ScreenScale screen(3);
-  const UIImage flat(test::picture(80, 60, [](std::size_t, std::size_t) { return 0xFF640000; }), 2);
+  const UIImage flat(test::flat(80, 60, 0xFF640000), 2);
   const auto result = UIImageTools::blurWithCoreImage(flat);
   ASSERT_TRUE(result);
   EXPECT_EQ(result->size(), flat.size());

@@ -55,7 +55,7 @@ TEST(UIImageView, TintsBetweenPixelsAsItDraws) {
   const ScreenScale screen(1);
   const auto view = UIImageView::make(CGRect{0, 0, 4, 4});
   view->setContentMode(UIViewContentMode::Center);
-  view->setImage(UIImage(test::picture(3, 3, [](std::size_t, std::size_t) { return 0xFFFFFFFF; })));
+  view->setImage(UIImage(test::flat(3, 3, 0xFFFFFFFF)));
   const auto plain = imageWithViewScale(*view);
   const auto tinted = imageWithViewScaleWithTintColor(*view, UIColor(1, 1, 1, 1));
   ASSERT_TRUE(plain && tinted);

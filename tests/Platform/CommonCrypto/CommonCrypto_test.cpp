@@ -1,11 +1,11 @@
 #include <atomic>
 #include <cstdlib>
 #include <string_view>
-#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
 #include <tests/support/Command.h>
+#include <tests/support/Crowd.h>
 #include <tests/support/Row.h>
 
 #include <quorvel/Platform/CommonCrypto/CommonCrypto.h>
@@ -78,18 +78,14 @@ TEST(CommonCrypto, AKeptKeyAnswersForItselfAlone) {
 }
 
 TEST(CommonCrypto, ThreadsDoNotShareState) {
-  std::vector<std::thread> threads;
   std::atomic<int> wrong = 0;
-  for (std::size_t i = 0; i < 4; ++i) {
-    threads.emplace_back([&wrong, i] {
-      const CodeRow& row = codeRows()[i];
-      for (int n = 0; n < 500; ++n) {
-        wrong += hexadecimal(CCHmacSHA256(bytesOf(row.key), bytesOf(row.text))) != row.code;
-        wrong += hexadecimal(CC_MD5(bytesOf("abc"))) != "900150983cd24fb0d6963f7d28e17f72";
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
+  test::onThreads(4, [&wrong](int i) {
+    const CodeRow& row = codeRows()[static_cast<std::size_t>(i)];
+    for (int n = 0; n < 500; ++n) {
+      wrong += hexadecimal(CCHmacSHA256(bytesOf(row.key), bytesOf(row.text))) != row.code;
+      wrong += hexadecimal(CC_MD5(bytesOf("abc"))) != "900150983cd24fb0d6963f7d28e17f72";
+    }
+  });
   EXPECT_EQ(wrong, 0);
 }
 

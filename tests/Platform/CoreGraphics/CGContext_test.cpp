@@ -2,33 +2,17 @@
 #include <cstring>
 
 #include <gtest/gtest.h>
+#include <tests/support/Images.h>
 #include <tests/support/Row.h>
 
 #include <quorvel/Platform/Foundation/Limits.h>
-#include <quorvel/Platform/UIKit/UIImage.h>
 
 namespace quorvel {
 namespace {
 
-/// A pixel as 0xAARRGGBB, premultiplied.
-std::uint32_t pixel(const CGImage& image, std::size_t x, std::size_t y) {
-  std::uint32_t result;
-  std::memcpy(&result, image.bitmap().row(y) + 4 * x, sizeof result);
-  return result;
-}
-
-/// Opaque pixels that tell their place: column in red, row in green.
-CGImage places(std::int64_t width, std::int64_t height) {
-  auto bitmap = CGBitmap::make(width, height);
-  for (std::size_t y = 0; y < bitmap->height(); ++y) {
-    for (std::size_t x = 0; x < bitmap->width(); ++x) {
-      const auto value = static_cast<std::uint32_t>(0xFF000000 | x << 16 | y << 8);
-      std::memcpy(bitmap->row(y) + 4 * x, &value, sizeof value);
-    }
-  }
-  return CGImage(std::move(bitmap));
-}
-std::uint32_t place(std::size_t x, std::size_t y) { return static_cast<std::uint32_t>(0xFF000000 | x << 16 | y << 8); }
+using test::pixel;
+using test::place;
+using test::places;
 
 TEST(CGBitmap, RefusesSidesBeyondTheLimits) {
   for (const auto& [width, height] : std::vector<std::pair<std::int64_t, std::int64_t>>{
@@ -251,24 +235,12 @@ TEST(UIGraphics, ContextsNestAndSidesRoundUp) {
   EXPECT_EQ(UIGraphicsImageContext::current(), nullptr);
 }
 
-/// Premultiplied pixels of every alpha.
-CGImage noise(std::int64_t width, std::int64_t height) {
-  auto bitmap = CGBitmap::make(width, height);
-  std::uint32_t state = 11;
-  const auto next = [&state](std::uint32_t below) { return ((state = state * 1664525 + 1013904223) >> 8) % below; };
-  for (std::size_t y = 0; y < bitmap->height(); ++y) {
-    for (std::size_t x = 0; x < bitmap->width(); ++x) {
-      std::uint8_t* const pixel = bitmap->row(y) + 4 * x;
-      pixel[3] = static_cast<std::uint8_t>(next(256));
-      for (int i = 0; i < 3; ++i) pixel[i] = static_cast<std::uint8_t>(next(pixel[3] + 1U));
-    }
-  }
-  return CGImage(std::move(bitmap));
-}
-
 // Where nothing was drawn yet, pixels that fall on pixels are copied: the same bytes as composing them.
 TEST(CGContext, CopiesExactlyWhatItWouldCompose) {
-  const CGImage image = noise(7, 5);
+  const CGImage image = test::picture(7, 5, [](std::size_t x, std::size_t y) {
+    const std::size_t alpha = (x * 59 + y * 97) % 256;  // premultiplied, of every alpha
+    return alpha << 24 | (x * 37 + y) % (alpha + 1) << 16 | (x + y * 41) % (alpha + 1) << 8 | alpha * x / 9;
+  });
   for (const double x : {-9.0, -3.0, 0.0, 2.0, 11.0}) {
     for (const double y : {-6.0, -2.0, 0.0, 4.0, 12.0}) {
       for (const bool flips : {false, true}) {

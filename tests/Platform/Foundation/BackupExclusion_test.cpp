@@ -1,9 +1,7 @@
 #include <cstring>
 
 #include <gtest/gtest.h>
-#include <linux/fs.h>
-#include <sys/ioctl.h>
-#include <sys/xattr.h>
+#include <tests/support/FileMarks.h>
 #include <tests/support/TemporaryFolder.h>
 
 #include <quorvel/Platform/Foundation/BackupExclusion.h>
@@ -24,28 +22,11 @@ class Exclusion : public testing::Test {
     writeFile(file(), "x");
     std::filesystem::create_directory(folder());
     holdsAttributes_ = ::setxattr(file().c_str(), "user.probe", "", 0, 0) == 0;
-    holdsFlag_ = setFlag(file(), true) && setFlag(file(), false);
+    holdsFlag_ = test::setNoDump(file(), true) && test::setNoDump(file(), false);
   }
   [[nodiscard]] std::string file() const { return root_.path("file"); }
   [[nodiscard]] std::string folder() const { return root_.path("folder"); }
 
-  static bool setFlag(const std::string& path, bool isSet) {
-    const FileDescriptor item(::open(path.c_str(), O_RDONLY));
-    int flags = 0;
-    if (::ioctl(item.number(), FS_IOC_GETFLAGS, &flags) != 0) return false;
-    flags = isSet ? flags | FS_NODUMP_FL : flags & ~FS_NODUMP_FL;
-    return ::ioctl(item.number(), FS_IOC_SETFLAGS, &flags) == 0;
-  }
-  static std::string attribute(const std::string& path) {
-    char value[16];
-    const ssize_t size = ::getxattr(path.c_str(), kAttribute, value, sizeof value);
-    return size < 0 ? "none" : std::string(value, static_cast<std::size_t>(size));
-  }
-  static bool hasFlag(const std::string& path) {
-    const FileDescriptor item(::open(path.c_str(), O_RDONLY));
-    int flags = 0;
-    return ::ioctl(item.number(), FS_IOC_GETFLAGS, &flags) == 0 && (flags & FS_NODUMP_FL);
-  }
   /// What a walk of the folder tells, an item a word, failures with "!".
   static std::string walk(const std::string& root) {
     std::string told;
@@ -68,8 +49,8 @@ TEST_F(Exclusion, SetsEveryMarkThatTheFileSystemHoldsAndTakesThemBack) {
       ASSERT_FALSE(backup::setExcluded(path, true)) << "twice: " << path;
       EXPECT_EQ(backup::isExcluded(path), true) << path;
     }
-    EXPECT_EQ(attribute(path), holdsAttributes_ ? "false" : "none") << path;
-    EXPECT_EQ(hasFlag(path), holdsFlag_) << path;
+    EXPECT_EQ(test::attributeOf(path, kAttribute), holdsAttributes_ ? "false" : "none") << path;
+    EXPECT_EQ(test::hasNoDump(path), holdsFlag_) << path;
   }
   EXPECT_TRUE(readFile(root_.path("folder/CACHEDIR.TAG")).starts_with(kTag));
   EXPECT_EQ(modeOf(root_.path("folder/CACHEDIR.TAG")), S_IFREG | 0600U);
@@ -92,7 +73,7 @@ TEST_F(Exclusion, ReadsAnyMarkWhoeverSetIt) {
     ::removexattr(file().c_str(), kAttribute);
   }
   if (holdsFlag_) {
-    ASSERT_TRUE(setFlag(file(), true));
+    ASSERT_TRUE(test::setNoDump(file(), true));
     EXPECT_EQ(backup::isExcluded(file()), true);
   }
   writeFile(root_.path("folder/CACHEDIR.TAG"), std::string(kTag) + "\n# by another program\n");

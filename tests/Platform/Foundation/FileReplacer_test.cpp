@@ -1,13 +1,11 @@
 #include <atomic>
 #include <csignal>
-#include <thread>
 
 #include <gtest/gtest.h>
-#include <linux/fs.h>
-#include <sys/ioctl.h>
 #include <sys/resource.h>
-#include <sys/wait.h>
 #include <sys/xattr.h>
+#include <tests/support/Crowd.h>
+#include <tests/support/FileMarks.h>
 #include <tests/support/TemporaryFolder.h>
 
 #include <quorvel/Platform/Foundation/FileReplacer.h>
@@ -15,6 +13,8 @@
 namespace quorvel {
 namespace {
 
+using test::attributeOf;
+using test::hasNoDump;
 using test::modeOf;
 using test::namesIn;
 using test::readFile;
@@ -22,26 +22,6 @@ using test::TemporaryFolder;
 using test::writeFile;
 
 constexpr FileReplacement kKept{FileReplacement::Links::Followed, FileReplacement::Metadata::Kept, 0600, {}};
-
-std::string attributeOf(const std::string& path, const char* name) {
-  char value[64];
-  const ssize_t size = ::getxattr(path.c_str(), name, value, sizeof value);
-  return size < 0 ? "none" : std::string(value, static_cast<std::size_t>(size));
-}
-
-bool setNoDump(const std::string& path) {
-  const FileDescriptor file(::open(path.c_str(), O_RDONLY));
-  int flags = 0;
-  if (::ioctl(file.number(), FS_IOC_GETFLAGS, &flags) != 0) return false;
-  flags |= FS_NODUMP_FL;
-  return ::ioctl(file.number(), FS_IOC_SETFLAGS, &flags) == 0;
-}
-
-bool hasNoDump(const std::string& path) {
-  const FileDescriptor file(::open(path.c_str(), O_RDONLY));
-  int flags = 0;
-  return ::ioctl(file.number(), FS_IOC_GETFLAGS, &flags) == 0 && (flags & FS_NODUMP_FL);
-}
 
 TEST(FileReplacer, NewFilesHaveTheirModeUnderAnyUmask) {
   for (const mode_t mask : {0000U, 0077U, 0777U}) {
@@ -65,7 +45,7 @@ TEST(FileReplacer, KeepsModeOwnerAttributesAndFlag) {
   writeFile(path, "old");
   const bool hasAttributes =
       ::setxattr(path.c_str(), "user.note", "n\0n", 3, 0) == 0 && ::setxattr(path.c_str(), "user.empty", "", 0, 0) == 0;
-  const bool hasFlag = setNoDump(path);
+  const bool hasFlag = test::setNoDump(path, true);
   const bool isRoot = ::geteuid() == 0;
   if (isRoot) {
     ASSERT_EQ(::chown(path.c_str(), 12345, 23456), 0);
@@ -78,14 +58,10 @@ TEST(FileReplacer, KeepsModeOwnerAttributesAndFlag) {
   ASSERT_EQ(::stat(path.c_str(), &status), 0);
   if (isRoot) {
     EXPECT_EQ(status.st_uid, 12345U);
-  }
-  if (isRoot) {
     EXPECT_EQ(status.st_gid, 23456U);
   }
   if (hasAttributes) {
     EXPECT_EQ(attributeOf(path, "user.note"), std::string("n\0n", 3));
-  }
-  if (hasAttributes) {
     EXPECT_EQ(attributeOf(path, "user.empty"), "");
   }
   if (hasFlag) {
@@ -168,21 +144,11 @@ TEST(FileReplacer, NamesThatAreNone) {
   EXPECT_EQ(replaceFile(folder.path(std::string(256, 'n')), "x", {}).number, ENAMETOOLONG);
 }
 
-/// Runs `body` in a child process; its exit status, or minus the signal that ended it.
-template <class Body>
-int inChild(Body body) {
-  const pid_t child = ::fork();
-  if (child == 0) ::_exit(body());
-  int status = 0;
-  ::waitpid(child, &status, 0);
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
-}
-
 TEST(FileReplacer, AFullDiskLeavesTheOldFileWhole) {
   const TemporaryFolder folder;
   writeFile(folder.path("a"), "old");
   for (const rlim_t room : {0U, 1U, 4096U, 99'999U}) {
-    const int failure = inChild([&] {
+    const int failure = test::inChild([&] {
       std::signal(SIGXFSZ, SIG_IGN);
       const rlimit limit{room, room};
       ::setrlimit(RLIMIT_FSIZE, &limit);
@@ -201,13 +167,12 @@ TEST(FileReplacer, AKilledProcessLeavesAWholeFileAndItsLeftoversGo) {
   ASSERT_FALSE(replaceFile(path, contents[0], {}));
   int leftovers = 0;
   for (unsigned round = 0; round < 60; ++round) {
-    const pid_t child = ::fork();
-    if (child == 0) {
+    const pid_t child = test::startChild([&]() -> int {
       for (unsigned i = 0;; ++i) static_cast<void>(replaceFile(path, contents[i % 2], {}));
-    }
+    });
     ::usleep(500 + round * 137 % 3000);
     ::kill(child, SIGKILL);
-    ::waitpid(child, nullptr, 0);
+    ASSERT_EQ(test::endOf(child), -SIGKILL);
     const std::string read = readFile(path);
     ASSERT_TRUE(read == contents[0] || read == contents[1]) << round;
     leftovers += namesIn(folder.path()) != "a";
@@ -223,14 +188,14 @@ TEST(FileReplacer, WhatIsPlantedAtTheTemporaryNameIsNotFollowed) {
     writeFile(folder.path("victim"), "victim");
     ASSERT_EQ(::chmod(folder.path("victim").c_str(), 0644), 0);
     // The name of the first temporary file, as a killed process shows it.
-    inChild([&] {
+    static_cast<void>(test::inChild([&] {
       std::signal(SIGXFSZ, SIG_DFL);
       const rlimit limit{1, 1};
       ::setrlimit(RLIMIT_FSIZE, &limit);
       const rlimit noCore{0, 0};
       ::setrlimit(RLIMIT_CORE, &noCore);
       return replaceFile(folder.path("a"), "more", {}).number;
-    });
+    }));
     const std::string left = namesIn(folder.path());
     ASSERT_TRUE(left.starts_with(".quorvel-")) << left;
     const std::string temporary = left.substr(0, left.find(' '));
@@ -257,14 +222,10 @@ TEST(FileReplacer, WhatIsPlantedAtTheTemporaryNameIsNotFollowed) {
 TEST(FileReplacer, ThreadsReplaceOneFileAtOnce) {
   const TemporaryFolder folder;
   std::atomic<int> failures = 0;
-  std::vector<std::thread> threads;
-  for (int i = 0; i < 6; ++i) {
-    threads.emplace_back([&, i] {
-      for (int n = 0; n < 40; ++n)
-        failures += replaceFile(folder.path("a"), std::string(5000, char('a' + i)), {}).number;
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
+  test::onThreads(6, [&](int i) {
+    for (int n = 0; n < 40; ++n)
+      failures += replaceFile(folder.path("a"), std::string(5000, static_cast<char>('a' + i)), {}).number;
+  });
   EXPECT_EQ(failures, 0);
   const std::string read = readFile(folder.path("a"));
   EXPECT_EQ(read, std::string(5000, read.empty() ? '?' : read[0]));

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 #include <tests/support/RandomText.h>
-#include <tests/support/Row.h>
 #include <unicode/uchar.h>
 #include <unicode/uregex.h>
 #include <unicode/ustring.h>
@@ -86,21 +85,6 @@ TEST(LiteralSearch, FoldsLikeICUAndFindsEveryCharacterUnderEveryForm) {
     for (const std::u16string& needle : {source, source + u"-", u"-" + source, folded.substr(0, 1), folded + u"."}) {
       if (!agree(needle, text)) return;
     }
-  }
-}
-
-TEST(LiteralSearch, FindsByFullFolding) {
-  const test::Row<StringView, StringView, std::vector<NSRange>, test::Why> rows[] = {
-      {u"strasse", u"Die Straße STRASSE", {{4, 6}, {11, 7}}, "sharp s folds to two letters"},
-      {u"s", u"ß\u017Fs", {{1, 1}, {2, 1}}, "no match ends inside what sharp s folds to"},
-      {u"sa", u"ßa", {}, "and none begins there"},
-      {u"ss", u"sssß", {{0, 2}, {3, 1}}, "matches do not overlap; the third s is no match with half of the next"},
-      {u"a.c", u"abc A.C", {{4, 3}}, "nothing is special"},
-      {u"abc", u"ab", {}, "longer than the text"},
-  };
-  for (const auto& [needle, text, expected, why] : rows) {
-    EXPECT_EQ(LiteralSearch(needle, true).ranges(text), expected) << why;
-    agree(std::u16string(needle.units()), std::u16string(text.units()));
   }
 }
 

@@ -12,30 +12,14 @@ using Spans = std::vector<Span>;
 
 TEST(NSMutableAttributedString, AddsOverRanges) {
   const test::Row<std::vector<NSRange>, Spans, test::Why> rows[] = {
-      {{{0, 0}}, {{{0, 4}, {}}}, "an empty range"},
-      {{{1, 2}}, {{{0, 1}, {}}, {{1, 2}, {{u"k", 1}}}, {{3, 1}, {}}}, "inside"},
-      {{{2, 9}}, {{{0, 2}, {}}, {{2, 2}, {{u"k", 1}}}}, "clipped"},
       {{{2, UINT64_MAX}}, {{{0, 2}, {}}, {{2, 2}, {{u"k", 1}}}}, "clipped without overflow"},
       {{NSRange::notFound()}, {{{0, 4}, {}}}, "not found"},
-      {{{2, 2}, {0, 2}}, {{{0, 4}, {{u"k", 1}}}}, "neighbours join, in whatever order"},
-      {{{0, 3}, {1, 1}}, {{{0, 3}, {{u"k", 1}}}, {{3, 1}, {}}}, "one inside another"},
   };
   for (const auto& [ranges, expected, why] : rows) {
     NSMutableAttributedString text(u"abcd");
     text.addAttributes(Attributes{{u"k", 1}}, ranges);
     EXPECT_EQ(text.spans(), expected) << why;
   }
-}
-
-TEST(NSMutableAttributedString, LaterAttributesReplaceTheirNameAlone) {
-  NSMutableAttributedString text(u"abcd", Attributes{{u"base", 0}});
-  text.addAttribute(u"k", 1, {0, 3});
-  text.addAttribute(u"k", 2, {2, 2});
-  EXPECT_EQ(text.attributesAt(1), (Attributes{{u"base", 0}, {u"k", 1}}));
-  EXPECT_EQ(text.attributesAt(2), (Attributes{{u"base", 0}, {u"k", 2}}));
-  EXPECT_EQ(text.attributesAt(4), Attributes{}) << "past the end";
-  text.addAttribute(u"k", 1, {0, 4});
-  EXPECT_EQ(text.spans().size(), 1U) << "equal spans become one";
 }
 
 TEST(NSMutableAttributedString, AppendKeepsBothAndJoinsEqualBorders) {
@@ -72,9 +56,13 @@ TEST(NSMutableAttributedString, AgreesWithAttributesKeptForEachUnit) {
     for (const Span& span : text.spans()) {
       ASSERT_EQ(span.range.location, at);
       ASSERT_TRUE(at == 0 || units[at] != units[at - 1]) << "neighbours differ";
-      for (; at < span.range.end(); ++at) ASSERT_EQ(span.attributes, units[at]);
+      for (; at < span.range.end(); ++at) {
+        ASSERT_EQ(span.attributes, units[at]);
+        ASSERT_EQ(text.attributesAt(at), units[at]);
+      }
     }
     ASSERT_EQ(at, 20U);
+    ASSERT_EQ(text.attributesAt(20), Attributes{}) << "past the end";
   }
 }
 

@@ -1,7 +1,5 @@
-#include <thread>
-
 #include <gtest/gtest.h>
-#include <sys/wait.h>
+#include <tests/support/Crowd.h>
 #include <tests/support/TemporaryFolder.h>
 
 #include <quorvel/Platform/Foundation/NSHTTPCookieStorage.h>
@@ -233,20 +231,7 @@ TEST_F(CookieStorage, ProcessesAndThreadsLoseNothing) {
     }
     return failures;
   };
-  std::vector<pid_t> children;
-  for (int process = 0; process < 4; ++process) {
-    const pid_t child = ::fork();
-    if (child == 0) ::_exit(fill(process));
-    children.push_back(child);
-  }
-  std::thread thread([&] { fill(100); });
-  fill(101);
-  thread.join();
-  for (const pid_t child : children) {
-    int status = -1;
-    ::waitpid(child, &status, 0);
-    EXPECT_EQ(status, 0);
-  }
+  EXPECT_EQ(test::inChildren(4, fill, [&] { test::onThreads(2, [&](int i) { fill(100 + i); }); }), 4);
   EXPECT_EQ(storage_.cookies()->size(), 150U);
 }
 

@@ -1,8 +1,8 @@
 #include <atomic>
 #include <chrono>
-#include <thread>
 
 #include <gtest/gtest.h>
+#include <tests/support/Crowd.h>
 #include <tests/support/Row.h>
 
 #include <quorvel/Platform/Foundation/Limits.h>
@@ -167,19 +167,15 @@ TEST(NSRegularExpression, BackReferencesReadLongTextsInPieces) {
 TEST(NSRegularExpression, OneExpressionServesManyThreads) {
   const auto expression = NSRegularExpression::withPattern(u"(\\w+)@(\\w+)", Options::CaseInsensitive);
   std::atomic<int> wrong{0};
-  std::vector<std::thread> threads;
-  for (int t = 0; t < 8; ++t) {
-    threads.emplace_back([&, t] {
-      const std::u16string text = repeated(u"ab@cd ", static_cast<std::size_t>(t + 1));
-      for (int i = 0; i < 200; ++i) {
-        const auto own = NSRegularExpression::withPattern(repeated(u"a", static_cast<std::size_t>(i % 90 + 1)) + u"+",
-                                                          Options::None);
-        if (!own->hasMatch(std::u16string(100, u'a'))) ++wrong;
-        if (expression->matches(text).size() != static_cast<std::size_t>(t + 1)) ++wrong;
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
+  test::onThreads(8, [&](int t) {
+    const auto count = static_cast<std::size_t>(t + 1);
+    const std::u16string text = repeated(u"ab@cd ", count);
+    for (std::size_t i = 0; i < 200; ++i) {
+      const auto own = NSRegularExpression::withPattern(repeated(u"a", i % 90 + 1) + u"+", Options::None);
+      if (!own->hasMatch(std::u16string(100, u'a'))) ++wrong;
+      if (expression->matches(text).size() != count) ++wrong;
+    }
+  });
   EXPECT_EQ(wrong, 0);
 }
 

@@ -1,8 +1,7 @@
 #include <limits>
-#include <thread>
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
+#include <tests/support/Crowd.h>
 #include <tests/support/TemporaryFolder.h>
 
 #include <quorvel/Platform/Foundation/ApplicationFolders.h>
@@ -171,28 +170,14 @@ TEST_F(Defaults, EightProcessesWithTwoThreadsEachLoseNothing) {
     const std::string text = std::to_string(process) + "." + std::to_string(number);
     return String::fromASCII(text);
   };
-  std::vector<pid_t> children;
-  for (int process = 0; process < kProcesses; ++process) {
-    const pid_t child = ::fork();
-    if (child == 0) {
-      int failures = 0;
-      for (int i = 0; i < kKeys; ++i) failures += !suite().setObject(i, key(process, i));
-      ::_exit(failures);
-    }
-    children.push_back(child);
-  }
-  std::vector<std::thread> threads;
-  for (int thread = 0; thread < 2; ++thread) {
-    threads.emplace_back([&, thread] {
-      for (int i = 0; i < kKeys; ++i) suite().setObject(i, key(kProcesses + thread, i));
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
-  for (const pid_t child : children) {
-    int status = -1;
-    ::waitpid(child, &status, 0);
-    EXPECT_EQ(status, 0);
-  }
+  const auto fill = [&key](int writer) {
+    int failures = 0;
+    for (int i = 0; i < kKeys; ++i) failures += !suite().setObject(i, key(writer, i));
+    return failures;
+  };
+  const int good =
+      test::inChildren(kProcesses, fill, [&] { test::onThreads(2, [&](int i) { fill(kProcesses + i); }); });
+  EXPECT_EQ(good, kProcesses);
   int found = 0;
   const Dictionary all = suite().dictionaryRepresentation();
   for (int process = 0; process < kProcesses + 2; ++process) {

@@ -99,26 +99,11 @@ TEST(PropertyList, ReadsBinaryValues) {
       {{"\x23\x3F\xF8\0\0\0\0\0\0"s}, 1.5, "a double"},
       {{"\x33\x3F\xF0\0\0\0\0\0\0"s}, Date{978307201}, "a second after 2001"},
       {{"\x42\x07\x08"}, Data(bytes), "bytes"},
-      {{"\x53"
-        "abc"},
-       u"abc",
-       "ASCII"},
+      {{"Sabc"}, u"abc", "ASCII"},
       {{"\x61\xD5\x5C"}, u"한", "UTF-16"},
-      {{"\x5F\x10\x10"
-        "0123456789abcdef"},
-       u"0123456789abcdef",
-       "a count beyond the marker"},
-      {{"\xA2" + reference(1) + reference(1),
-        "\x51"
-        "a"},
-       List{u"a", u"a"},
-       "an object named twice"},
-      {{"\xD1" + reference(1) + reference(2),
-        "\x51"
-        "a",
-        "\x08"},
-       Dictionary{{u"a", false}},
-       "a dictionary"},
+      {{"_\x10\x10"s + "0123456789abcdef"}, u"0123456789abcdef", "a count beyond the marker"},
+      {{"\xA2" + reference(1) + reference(1), "Qa"}, List{u"a", u"a"}, "an object named twice"},
+      {{"\xD1" + reference(1) + reference(2), "Qa", "\x08"}, Dictionary{{u"a", false}}, "a dictionary"},
 
       {{"\xA1" + reference(0)}, nil, "a list that holds itself"},
       {{"\xA1" + reference(1), "\xA1" + reference(0)}, nil, "a longer circle"},

@@ -3,8 +3,8 @@
 #include <vector>
 
 #include <gtest/gtest.h>
-#include <lcms2.h>
 #include <tests/support/JPEGFiles.h>
+#include <tests/support/Profiles.h>
 
 #include <quorvel/Platform/ImageIO/ColorProfile.h>
 #include <quorvel/Platform/ImageIO/JPEGReader.h>
@@ -14,24 +14,8 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 using Model = ColorProfile::Model;
-
-Bytes saved(cmsHPROFILE profile) {
-  cmsUInt32Number size = 0;
-  cmsSaveProfileToMem(profile, nullptr, &size);
-  Bytes bytes(size);
-  cmsSaveProfileToMem(profile, bytes.data(), &size);
-  cmsCloseProfile(profile);
-  return bytes;
-}
-
-Bytes rgbProfile(double gamma, const cmsCIExyYTRIPLE& primaries) {
-  const cmsCIExyY white{0.3127, 0.3290, 1};
-  cmsToneCurve* const curve = cmsBuildGamma(nullptr, gamma);
-  cmsToneCurve* curves[3] = {curve, curve, curve};
-  Bytes bytes = saved(cmsCreateRGBProfile(&white, &primaries, curves));
-  cmsFreeToneCurve(curve);
-  return bytes;
-}
+using test::rgbProfile;
+using test::saved;
 
 constexpr cmsCIExyYTRIPLE kNarrow{{0.64, 0.33, 1}, {0.30, 0.60, 1}, {0.15, 0.06, 1}};
 constexpr cmsCIExyYTRIPLE kWide{{0.68, 0.32, 1}, {0.265, 0.69, 1}, {0.15, 0.06, 1}};

@@ -2,9 +2,8 @@
 #include <vector>
 
 #include <gtest/gtest.h>
-#include <lcms2.h>
-#include <tests/support/ImageFiles.h>
 #include <tests/support/PNGFiles.h>
+#include <tests/support/Profiles.h>
 #include <webp/encode.h>
 
 #include <quorvel/Platform/ImageIO/ImageReader.h>
@@ -14,26 +13,15 @@ namespace quorvel {
 namespace {
 
 using test::Bytes;
-using test::ByteWriter;
+using test::FileBytes;
+using test::joined;
+using test::TIFFWriter;
 
 constexpr std::uint32_t kWidth = 32;
 constexpr std::uint32_t kHeight = 24;
 
-/// Red and blue of sRGB in each other's place, and another curve: what is forgotten shows everywhere.
-Bytes swappedProfile() {
-  const cmsCIExyY white{0.3127, 0.3290, 1};
-  const cmsCIExyYTRIPLE primaries{{0.15, 0.06, 1}, {0.30, 0.60, 1}, {0.64, 0.33, 1}};
-  cmsToneCurve* const curve = cmsBuildGamma(nullptr, 1.6);
-  cmsToneCurve* curves[3] = {curve, curve, curve};
-  cmsHPROFILE profile = cmsCreateRGBProfile(&white, &primaries, curves);
-  cmsFreeToneCurve(curve);
-  cmsUInt32Number size = 0;
-  cmsSaveProfileToMem(profile, nullptr, &size);
-  Bytes bytes(size);
-  cmsSaveProfileToMem(profile, bytes.data(), &size);
-  cmsCloseProfile(profile);
-  return bytes;
-}
+/// Red and blue of sRGB in each other's place, with another curve: what is forgotten shows everywhere.
+constexpr cmsCIExyYTRIPLE kSwapped{{0.15, 0.06, 1}, {0.30, 0.60, 1}, {0.64, 0.33, 1}};
 
 /// Blue, green, red, alpha as the file has them.
 Bytes storedPixels(const test::PNGSpec& spec) {
@@ -46,7 +34,7 @@ Bytes storedPixels(const test::PNGSpec& spec) {
 }
 
 Bytes pngWith(test::PNGSpec spec, const Bytes& profile) {
-  spec.extra = test::chunk("iCCP", test::joined({{'x', 0, 0}, test::packed(profile)}));
+  spec.extra = test::pngChunk("iCCP", test::joined({{'x', 0, 0}, test::packed(profile)}));
   return test::pngFile(spec);
 }
 
@@ -56,44 +44,31 @@ Bytes webpWith(const Bytes& pixels, const Bytes& profile) {
   // The chunk of the picture, behind the file's twelve bytes, is of even length with its padding.
   const Bytes picture(out + 12, out + size);
   WebPFree(out);
-  ByteWriter body(true);
-  body.text("WEBPVP8X").u32(10).u32(0x20).u24(kWidth - 1).u24(kHeight - 1);
-  body.text("ICCP").u32(profile.size()).add(profile).zeros(profile.size() % 2).add(picture);
-  return ByteWriter(true).text("RIFF").u32(body.file.size()).add(body.file).file;
+  return test::webpFile(joined({test::webpExtended(kWidth, kHeight, 0x20), test::webpChunk("ICCP", profile), picture}));
 }
 
 Bytes tiffWith(const Bytes& pixels, const Bytes& profile) {
-  constexpr unsigned kShort = 3;
-  constexpr unsigned kLong = 4;
-  constexpr unsigned kOpaqueBytes = 7;
-  constexpr std::uint32_t kBits = 8 + 2 + 10 * 12 + 4;
-  constexpr std::uint32_t kPixels = kBits + 6;
-  constexpr std::uint32_t kProfile = kPixels + 3 * kWidth * kHeight;
-  ByteWriter file(true);
-  file.text("II").u16(42).u32(8).u16(10);
-  const auto entry = [&file](unsigned tag, unsigned type, std::size_t count, std::uint64_t value) {
-    file.u16(tag).u16(type).u32(count).u32(value);
-  };
-  entry(256, kShort, 1, kWidth);
-  entry(257, kShort, 1, kHeight);
-  entry(258, kShort, 3, kBits);
-  entry(259, kShort, 1, 1);
-  entry(262, kShort, 1, 2);
-  entry(273, kLong, 1, kPixels);
-  entry(277, kShort, 1, 3);
-  entry(278, kShort, 1, kHeight);
-  entry(279, kLong, 1, 3 * kWidth * kHeight);
-  entry(34675, kOpaqueBytes, profile.size(), kProfile);
-  file.u32(0).u16(8).u16(8).u16(8);
-  for (std::size_t i = 0; i < pixels.size(); i += 4) file.u8(pixels[i + 2]).u8(pixels[i + 1]).u8(pixels[i]);
-  return file.add(profile).file;
+  FileBytes rows;
+  for (std::size_t i = 0; i < pixels.size(); i += 4) rows.insert(rows.end(), {pixels[i + 2], pixels[i + 1], pixels[i]});
+  TIFFWriter writer(true);
+  const std::uint64_t strip = writer.append(rows);
+  return writer.file(writer.add({writer.longs(256, {kWidth}),
+                                 writer.longs(257, {kHeight}),
+                                 writer.shorts(258, {8, 8, 8}),
+                                 writer.shorts(259, {1}),
+                                 writer.shorts(262, {2}),
+                                 writer.longs(273, {strip}),
+                                 writer.shorts(277, {3}),
+                                 writer.longs(278, {kHeight}),
+                                 writer.longs(279, {rows.size()}),
+                                 {34675, 7, profile.size(), profile}}));
 }
 
 TEST(EmbeddedProfile, IsAppliedInEveryFormat) {
   test::PNGSpec spec;
   spec.width = kWidth;
   spec.height = kHeight;
-  const Bytes profile = swappedProfile();
+  const Bytes profile = test::rgbProfile(1.6, kSwapped);
   const Bytes stored = storedPixels(spec);
   Bytes expected = stored;
   cmsHPROFILE source = cmsOpenProfileFromMem(profile.data(), static_cast<cmsUInt32Number>(profile.size()));

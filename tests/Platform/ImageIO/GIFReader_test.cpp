@@ -8,6 +8,7 @@ namespace quorvel {
 namespace {
 
 using test::Bytes;
+using test::ByteWriter;
 
 struct GIFSpec {
   std::uint32_t screenWidth;
@@ -108,12 +109,7 @@ std::shared_ptr<CGBitmap> read(const Bytes& file, const GIFSpec& spec, PixelSize
 }
 
 std::uint32_t rightRows(const CGBitmap& bitmap, const GIFSpec& spec) {
-  for (std::uint32_t y = 0; y < spec.screenHeight; ++y) {
-    for (std::uint32_t x = 0; x < spec.screenWidth; ++x) {
-      if (test::pixelOf(bitmap, x, y) != spec.pixel(x, y)) return y;
-    }
-  }
-  return spec.screenHeight;
+  return test::rightRows(bitmap, [&spec](std::uint32_t x, std::uint32_t y) { return spec.pixel(x, y); });
 }
 
 TEST(GIFReader, PutsTheFirstFrameOnATransparentCanvas) {
@@ -129,7 +125,7 @@ TEST(GIFReader, GivesTheRowsBeforeTheEndOfAFile) {
   const Bytes file = gifFile(spec);
   std::uint32_t last = 0;
   for (std::size_t size = 0; size <= file.size(); ++size) {
-    const auto bitmap = read(Bytes(file.begin(), file.begin() + static_cast<std::ptrdiff_t>(size)), spec, {20, 15});
+    const auto bitmap = read(test::beginning(file, size), spec, {20, 15});
     const std::uint32_t right = bitmap ? rightRows(*bitmap, spec) : 0;
     ASSERT_GE(right, last) << size;
     last = right;
@@ -147,44 +143,27 @@ TEST(GIFReader, SurvivesEveryCutAndFlippedByte) {
       (void)read(damaged, spec, {1, 1});
       damaged[i] ^= 0xFE;
       (void)read(damaged, spec, {1, 1});
-      (void)read(Bytes(file.begin(), file.begin() + static_cast<std::ptrdiff_t>(i)), spec, {1, 1});
+      (void)read(test::beginning(file, i), spec, {1, 1});
     }
   }
 }
 
 /// The header of a file with a frame of these sides on a screen of those, and next to no pixels.
 Bytes declared(std::uint16_t screen, std::uint16_t frame, bool isInterlaced) {
-  const auto low = [](std::uint16_t number) { return static_cast<std::uint8_t>(number); };
-  const auto high = [](std::uint16_t number) { return static_cast<std::uint8_t>(number >> 8); };
-  return {'G',
-          'I',
-          'F',
-          '8',
-          '9',
-          'a',
-          low(screen),
-          high(screen),
-          low(screen),
-          high(screen),
-          0,
-          0,
-          0,
-          0x2C,
-          0,
-          0,
-          0,
-          0,
-          low(frame),
-          high(frame),
-          low(frame),
-          high(frame),
-          static_cast<std::uint8_t>(isInterlaced ? 0x40 : 0),
-          8,
-          3,
-          0,
-          0,
-          0,
-          0};
+  return ByteWriter(true)
+      .text("GIF89a")
+      .u16(screen)
+      .u16(screen)
+      .zeros(3)
+      .u8(0x2C)
+      .zeros(4)
+      .u16(frame)
+      .u16(frame)
+      .u8(isInterlaced ? 0x40 : 0)
+      .u8(8)
+      .u8(3)
+      .zeros(4)
+      .file;
 }
 
 TEST(GIFReader, TakesNoMemoryForWhatAFileOnlyDeclares) {

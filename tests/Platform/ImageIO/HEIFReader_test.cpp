@@ -142,7 +142,7 @@ TEST(HEIFReader, SurvivesEveryCutAndFlippedByteInSilence) {
         damaged[i] ^= static_cast<std::uint8_t>(flipped);
         shown += read(damaged, {5, 7}) != nullptr;
       }
-      (void)read(Bytes(file.begin(), file.begin() + static_cast<std::ptrdiff_t>(i)), {5, 7});
+      (void)read(test::beginning(file, i), {5, 7});
     }
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "") << format;
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << format;

@@ -25,6 +25,7 @@ namespace quorvel {
 namespace {
 
 using test::ByteWriter;
+using test::declaring;
 using test::FileBytes;
 using test::isoBox;
 using test::isoFullBox;
@@ -63,7 +64,7 @@ FileBytes interlacedPNG(std::uint32_t side, const FileBytes& packedRows) {
 }
 FileBytes smallPNG(const FileBytes& extra) { return png(8, 8, extra, packedZeros(8 * 33)); }
 FileBytes packedText(const char* type, std::string_view head) {
-  return test::chunk(type, joined({textBytes(head), manyZeros()}));
+  return test::pngChunk(type, joined({textBytes(head), manyZeros()}));
 }
 
 // --- JPEG
@@ -73,20 +74,9 @@ FileBytes jpeg(bool isProgressive, std::uint32_t side = 64) {
   kind.isProgressive = isProgressive;
   return test::makeJPEG(test::photograph(side, side), kind);
 }
-std::size_t frameOf(const FileBytes& file) {
-  std::size_t at = 2;
-  while (file[at + 1] < 0xC0 || file[at + 1] > 0xC2) at += 2 + (std::size_t{file[at + 2]} << 8 | file[at + 3]);
-  return at;
-}
-FileBytes declaring(FileBytes file, std::uint16_t width, std::uint16_t height) {
-  const std::size_t at = frameOf(file) + 5;
-  const FileBytes sides = ByteWriter().u16(height).u16(width).file;
-  std::ranges::copy(sides, file.begin() + static_cast<std::ptrdiff_t>(at));
-  return file;
-}
 /// As far as the end of its frame header.
 FileBytes withoutScans(FileBytes file) {
-  const std::size_t at = frameOf(file);
+  const std::size_t at = test::frameOf(file);
   file.resize(at + 2 + (std::size_t{file[at + 2]} << 8 | file[at + 3]));
   return joined({file, {0xFF, 0xD9}});
 }

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
-#include <libdeflate.h>
-#include <tests/support/ImageFiles.h>
+#include <tests/support/PNGFiles.h>
 
 #include <quorvel/Platform/ImageIO/EXIFProperties.h>
 #include <quorvel/Platform/ImageIO/ImageProperties.h>
@@ -128,14 +127,6 @@ TEST(ImageProperties, ColoursAreNamed) {
     all.set(u"PixelHeight", 8);
     EXPECT_EQ(propertiesOf(file), all) << what;
   }
-}
-
-FileBytes packed(const FileBytes& bytes) {
-  libdeflate_compressor* deflater = libdeflate_alloc_compressor(6);
-  FileBytes result(bytes.size() + 1024);
-  result.resize(libdeflate_zlib_compress(deflater, bytes.data(), bytes.size(), result.data(), result.size()));
-  libdeflate_free_compressor(deflater);
-  return result;
 }
 
 TEST(ImageProperties, ProfilesSayTheirNames) {

@@ -264,7 +264,7 @@ TEST(ImageSniff, BeginningsNeverSayWhatTheWholeContradicts) {
   for (const auto& [what, file, expected] : samples()) {
     const ImageFacts whole = sniff(file);
     for (std::size_t size = 0; size < file.size(); ++size) {
-      const FileBytes part(file.begin(), file.begin() + static_cast<std::ptrdiff_t>(size));
+      const FileBytes part = beginning(file, size);
       const std::string where = what + (", the first " + std::to_string(size));
       expectSound(part, where);
       const ImageFacts facts = sniff(part);

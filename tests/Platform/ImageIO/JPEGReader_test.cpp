@@ -16,6 +16,7 @@
 namespace quorvel {
 namespace {
 
+using test::declaring;
 using test::JPEGKind;
 using test::makeJPEG;
 using test::photograph;
@@ -347,24 +348,6 @@ TEST(JPEGReader, AnswersDamagedFilesOfEveryKind) {
   }
 }
 
-/// Where the frame header says how high and wide the picture is.
-std::size_t frameSize(const Bytes& file) {
-  for (std::size_t at = 2; at + 9 < file.size();) {
-    if (file[at + 1] >= 0xC0 && file[at + 1] <= 0xC2) return at + 5;
-    at += 2 + (static_cast<std::size_t>(file[at + 2]) << 8 | file[at + 3]);
-  }
-  return 0;
-}
-
-Bytes declaring(Bytes file, std::uint32_t width, std::uint32_t height) {
-  const std::size_t at = frameSize(file);
-  file[at] = static_cast<std::uint8_t>(height >> 8);
-  file[at + 1] = static_cast<std::uint8_t>(height);
-  file[at + 2] = static_cast<std::uint8_t>(width >> 8);
-  file[at + 3] = static_cast<std::uint8_t>(width);
-  return file;
-}
-
 /// A progressive grey file with so many scans more, of one coefficient each and without data.
 Bytes withScans(int count) {
   JPEGKind kind;
@@ -409,9 +392,9 @@ TEST(JPEGReader, RefusesBombsAtOnce) {
 TEST(JPEGReader, RefusesWhatItCannotRead) {
   const Bytes file = makeJPEG(photograph(64, 64));
   Bytes twelveBits = file;
-  twelveBits[frameSize(file) - 1] = 12;
+  twelveBits[test::frameOf(file) + 4] = 12;
   Bytes twoComponents = file;
-  twoComponents[frameSize(file) + 4] = 2;
+  twoComponents[test::frameOf(file) + 9] = 2;
   EXPECT_FALSE(read(twelveBits, {64, 64}, {64, 64}));
   EXPECT_FALSE(read(twoComponents, {64, 64}, {64, 64}));
   EXPECT_FALSE(read(file, {64, 64}, {65, 64}));

@@ -2,15 +2,15 @@
 #include <tests/support/PNGFiles.h>
 
 #include <quorvel/Platform/Foundation/Limits.h>
-#include <quorvel/Platform/ImageIO/AreaShrink.h>
 #include <quorvel/Platform/ImageIO/ImageReader.h>
 #include <quorvel/Platform/ImageIO/Inflater.h>
 
 namespace quorvel {
 namespace {
 
+constexpr auto& chunk = test::pngChunk;
 using test::Bytes;
-using test::chunk;
+using test::joined;
 using test::packed;
 using test::pngFile;
 using test::PNGSpec;
@@ -28,12 +28,7 @@ std::shared_ptr<CGBitmap> read(const Bytes& file, const PNGSpec& spec) {
 
 /// Rows from the top that are as they must be.
 std::uint32_t rightRows(const CGBitmap& bitmap, const PNGSpec& spec) {
-  for (std::uint32_t y = 0; y < spec.height; ++y) {
-    for (std::uint32_t x = 0; x < spec.width; ++x) {
-      if (test::pixelOf(bitmap, x, y) != test::expectedPixel(spec, x, y)) return y;
-    }
-  }
-  return spec.height;
+  return test::rightRows(bitmap, [&spec](std::uint32_t x, std::uint32_t y) { return test::expectedPixel(spec, x, y); });
 }
 
 Bytes ramp(std::size_t count) {
@@ -112,22 +107,11 @@ TEST(PNGReader, ShrinksAsTheMeanOfTheWholePicture) {
       spec.isInterlaced = isInterlaced;
       SCOPED_TRACE(nameOf(spec));
       const auto whole = read(pngFile(spec), spec);
-      const auto expected = CGBitmap::make(10, 7);
-      auto shrink = AreaShrink::make({37, 23}, *expected);
-      for (std::size_t y = 0; y < 23; ++y) shrink->addRow(whole->row(y));
       const auto small = read(pngFile(spec), spec, {10, 7});
       ASSERT_TRUE(small);
-      for (std::size_t y = 0; y < 7; ++y) {
-        for (std::size_t x = 0; x < 10; ++x) ASSERT_EQ(test::pixelOf(*small, x, y), test::pixelOf(*expected, x, y));
-      }
+      EXPECT_TRUE(test::isSame(*small, *test::shrunk(*whole, {10, 7})));
     }
   }
-}
-
-Bytes joined(std::initializer_list<Bytes> parts) {
-  Bytes all;
-  for (const Bytes& part : parts) all.insert(all.end(), part.begin(), part.end());
-  return all;
 }
 
 struct ColorRow {
@@ -183,7 +167,7 @@ TEST(PNGReader, GivesTheRowsBeforeTheEndOfAFile) {
     const Bytes file = pngFile(spec);
     std::uint32_t last = 0;
     for (std::size_t size = 0; size <= file.size(); ++size) {
-      const auto bitmap = read(Bytes(file.begin(), file.begin() + static_cast<std::ptrdiff_t>(size)), spec);
+      const auto bitmap = read(test::beginning(file, size), spec);
       const std::uint32_t right = bitmap ? rightRows(*bitmap, spec) : 0;
       ASSERT_GE(right, last) << "a byte more shows no less; " << size;
       ASSERT_TRUE(!bitmap || right > 0) << size;

@@ -1,6 +1,7 @@
 #include <random>
 
 #include <gtest/gtest.h>
+#include <tests/support/Images.h>
 #include <tests/support/PNGFiles.h>
 
 #include <quorvel/Platform/ImageIO/ImageReader.h>
@@ -12,12 +13,12 @@ namespace {
 
 using Draw = std::function<std::uint32_t(std::uint32_t x, std::uint32_t y)>;
 
-std::shared_ptr<CGBitmap> draw(PixelSize size, const Draw& pixel) {
-  auto bitmap = CGBitmap::make(size.width, size.height);
-  for (std::uint32_t y = 0; y < size.height; ++y) {
-    for (std::uint32_t x = 0; x < size.width; ++x) test::setPixel(*bitmap, x, y, pixel(x, y));
-  }
-  return bitmap;
+std::shared_ptr<const CGBitmap> draw(PixelSize size, const Draw& pixel) {
+  return test::picture(size.width, size.height,
+                       [&pixel](std::size_t x, std::size_t y) {
+                         return pixel(static_cast<std::uint32_t>(x), static_cast<std::uint32_t>(y));
+                       })
+      .sharedBitmap();
 }
 
 /// Alpha as given, the other channels no larger.
@@ -60,11 +61,7 @@ TEST(PNGWriter, GivesEveryPixelBackInTheFewestBits) {
       EXPECT_EQ(file->bytes()[24], depth) << why;
       const auto back = readPixels(file->bytes(), test::factsOf(ImageFormat::PNG, size.width, size.height), size);
       ASSERT_TRUE(back) << why;
-      for (std::size_t y = 0; y < size.height; ++y) {
-        for (std::size_t x = 0; x < size.width; ++x) {
-          ASSERT_EQ(test::pixelOf(*back, x, y), test::pixelOf(*bitmap, x, y)) << why << " " << x << " " << y;
-        }
-      }
+      EXPECT_TRUE(test::isSame(*back, *bitmap)) << why;
     }
   }
 }
@@ -74,9 +71,7 @@ TEST(PNGWriter, KeepsEverySampleOfEveryAlpha) {
       draw({256, 256}, [](auto x, auto y) { return y << 24 | std::min(x, y) | (y - std::min(x, y)) << 8; });
   const auto file = encodePNG(*bitmap);
   const auto back = readPixels(file->bytes(), test::factsOf(ImageFormat::PNG, 256, 256), {256, 256});
-  for (std::size_t y = 0; y < 256; ++y) {
-    for (std::size_t x = 0; x < 256; ++x) ASSERT_EQ(test::pixelOf(*back, x, y), test::pixelOf(*bitmap, x, y)) << x;
-  }
+  EXPECT_TRUE(test::isSame(*back, *bitmap));
 }
 
 TEST(PNGWriter, KeepsRandomPicturesOfRandomSizes) {
@@ -94,9 +89,7 @@ TEST(PNGWriter, KeepsRandomPicturesOfRandomSizes) {
     ASSERT_TRUE(file);
     const auto back = readPixels(file->bytes(), test::factsOf(ImageFormat::PNG, size.width, size.height), size);
     ASSERT_TRUE(back);
-    for (std::size_t y = 0; y < size.height; ++y) {
-      for (std::size_t x = 0; x < size.width; ++x) ASSERT_EQ(test::pixelOf(*back, x, y), test::pixelOf(*bitmap, x, y));
-    }
+    ASSERT_TRUE(test::isSame(*back, *bitmap)) << i;
   }
 }
 
@@ -117,12 +110,8 @@ TEST(UIImagePNGRepresentation, TurnsTheImageUpright) {
   ASSERT_TRUE(turned);
   const auto back = readPixels(turned->bytes(), test::factsOf(ImageFormat::PNG, 3, 5), {3, 5});
   ASSERT_TRUE(back);
-  for (std::size_t y = 0; y < 5; ++y) {
-    for (std::size_t x = 0; x < 3; ++x) {
-      // Shown turned to the right, the stored bottom row is the left column.
-      EXPECT_EQ(test::pixelOf(*back, x, y), test::pixelOf(stored.bitmap(), y, 2 - x));
-    }
-  }
+  // Shown turned to the right, the stored bottom row is the left column.
+  EXPECT_EQ(test::rightRows(*back, [&](auto x, auto y) { return test::pixelOf(stored.bitmap(), y, 2 - x); }), 5U);
 }
 
 }  // namespace

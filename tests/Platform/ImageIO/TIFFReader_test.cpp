@@ -12,6 +12,7 @@ namespace {
 
 using test::Bytes;
 using test::TIFFSpec;
+using test::TIFFWriter;
 
 constexpr TIFFSpec kSpecs[] = {
     {3, 8, PHOTOMETRIC_RGB, 0, COMPRESSION_NONE, 5, ORIENTATION_TOPLEFT, false, "strips"},
@@ -60,12 +61,7 @@ std::shared_ptr<CGBitmap> read(const Bytes& file, PixelSize wanted = {kWidth, kH
 }
 
 std::uint32_t rightRows(const CGBitmap& bitmap, const TIFFSpec& spec) {
-  for (std::uint32_t y = 0; y < kHeight; ++y) {
-    for (std::uint32_t x = 0; x < kWidth; ++x) {
-      if (test::pixelOf(bitmap, x, y) != expectedPixel(spec, x, y)) return y;
-    }
-  }
-  return kHeight;
+  return test::rightRows(bitmap, [&spec](std::uint32_t x, std::uint32_t y) { return expectedPixel(spec, x, y); });
 }
 
 TEST(TIFFReader, ReadsTheFirstPageAsItIsStored) {
@@ -98,33 +94,21 @@ TEST(TIFFReader, SurvivesEveryCutAndFlippedByteWithoutAWord) {
       Bytes damaged = file;
       damaged[i] ^= 0xFF;
       (void)read(damaged, {5, 7});
-      (void)read(Bytes(file.begin(), file.begin() + static_cast<std::ptrdiff_t>(i)), {5, 7});
+      (void)read(test::beginning(file, i), {5, 7});
     }
   }
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
-void addTag(Bytes& to, unsigned tag, unsigned type, std::uint32_t value) {
-  for (const std::uint32_t half : {tag, type, 1U, 0U, value & 0xFFFF, value >> 16}) {
-    to.push_back(static_cast<std::uint8_t>(half));
-    to.push_back(static_cast<std::uint8_t>(half >> 8));
-  }
-}
-
-/// A file of these sides with one strip of eight bytes; its only directory is followed by itself.
+/// A file of these sides with one strip of eight bytes.
 Bytes declared(std::uint32_t width, std::uint32_t height) {
-  Bytes file = {'I', 'I', 42, 0, 8, 0, 0, 0, 9, 0};
-  addTag(file, TIFFTAG_IMAGEWIDTH, 4, width);
-  addTag(file, TIFFTAG_IMAGELENGTH, 4, height);
-  addTag(file, TIFFTAG_BITSPERSAMPLE, 3, 8);
-  addTag(file, TIFFTAG_COMPRESSION, 3, COMPRESSION_PACKBITS);
-  addTag(file, TIFFTAG_PHOTOMETRIC, 3, PHOTOMETRIC_MINISBLACK);
-  addTag(file, TIFFTAG_STRIPOFFSETS, 4, 8);
-  addTag(file, TIFFTAG_SAMPLESPERPIXEL, 3, 1);
-  addTag(file, TIFFTAG_ROWSPERSTRIP, 4, height);
-  addTag(file, TIFFTAG_STRIPBYTECOUNTS, 4, 8);
-  file.insert(file.end(), {8, 0, 0, 0});
-  return file;
+  TIFFWriter writer(true);
+  return writer.file(
+      writer.add({writer.longs(TIFFTAG_IMAGEWIDTH, {width}), writer.longs(TIFFTAG_IMAGELENGTH, {height}),
+                  writer.shorts(TIFFTAG_BITSPERSAMPLE, {8}), writer.shorts(TIFFTAG_COMPRESSION, {COMPRESSION_PACKBITS}),
+                  writer.shorts(TIFFTAG_PHOTOMETRIC, {PHOTOMETRIC_MINISBLACK}), writer.longs(TIFFTAG_STRIPOFFSETS, {8}),
+                  writer.shorts(TIFFTAG_SAMPLESPERPIXEL, {1}), writer.longs(TIFFTAG_ROWSPERSTRIP, {height}),
+                  writer.longs(TIFFTAG_STRIPBYTECOUNTS, {8})}));
 }
 
 TEST(TIFFReader, TakesNoMemoryForWhatAFileOnlyDeclares) {

@@ -1,20 +1,18 @@
 #include <gtest/gtest.h>
+#include <tests/support/Images.h>
 
 #include <quorvel/Platform/ImageIO/ImageFacts.h>
 #include <quorvel/Platform/ImageIO/TurnedBitmap.h>
-#include <quorvel/Platform/UIKit/UIImage.h>
 
 namespace quorvel {
 namespace {
 
 /// Opaque pixels, each of another colour.
-std::shared_ptr<CGBitmap> numbered(std::int64_t width, std::int64_t height) {
-  auto bitmap = CGBitmap::make(width, height);
-  std::uint32_t number = 0xFF000000;
-  for (std::size_t y = 0; y < bitmap->height(); ++y) {
-    for (std::size_t x = 0; x < bitmap->width(); ++x, ++number) std::memcpy(bitmap->row(y) + 4 * x, &number, 4);
-  }
-  return bitmap;
+std::shared_ptr<const CGBitmap> numbered(std::int64_t width, std::int64_t height) {
+  return test::picture(
+             width, height,
+             [width](std::size_t x, std::size_t y) { return 0xFF000000 + y * static_cast<std::size_t>(width) + x; })
+      .sharedBitmap();
 }
 
 std::vector<std::uint32_t> pixelsOf(const CGBitmap& bitmap) {

@@ -4,13 +4,14 @@
 #include <tests/support/PNGFiles.h>
 #include <webp/encode.h>
 
-#include <quorvel/Platform/ImageIO/AreaShrink.h>
 #include <quorvel/Platform/ImageIO/ImageReader.h>
 
 namespace quorvel {
 namespace {
 
 using test::Bytes;
+using test::ByteWriter;
+using test::joined;
 
 /// Straight blue, green, red, alpha: slopes with a soft border.
 Bytes picture(std::uint32_t width, std::uint32_t height, bool hasAlpha) {
@@ -86,49 +87,21 @@ TEST(WebPReader, ReadsAndShrinksStillPictures) {
     ASSERT_TRUE(whole) << why;
     EXPECT_LE(greatestDifference(*whole, *expectedPicture(120, 90, hasAlpha)), tolerance) << why;
     for (const PixelSize wanted : {PixelSize{60, 45}, PixelSize{119, 89}, PixelSize{31, 7}, PixelSize{1, 1}}) {
-      const auto expected = CGBitmap::make(wanted.width, wanted.height);
-      auto shrink = AreaShrink::make({120, 90}, *expected);
-      for (std::size_t y = 0; y < 90; ++y) shrink->addRow(whole->row(y));
       const auto small = read(file, {120, 90}, wanted);
       ASSERT_TRUE(small) << why;
-      EXPECT_LE(greatestDifference(*small, *expected), smallTolerance) << why << " " << wanted.width;
+      EXPECT_LE(greatestDifference(*small, *test::shrunk(*whole, wanted)), smallTolerance)
+          << why << " " << wanted.width;
     }
   }
-}
-
-void addNumber(Bytes& to, std::size_t number, unsigned count) {
-  for (unsigned i = 0; i < count; ++i) to.push_back(static_cast<std::uint8_t>(number >> (8 * i)));
-}
-
-void addPart(Bytes& to, const char* name, const Bytes& bytes) {
-  to.insert(to.end(), name, name + 4);
-  addNumber(to, bytes.size(), 4);
-  to.insert(to.end(), bytes.begin(), bytes.end());
-  if (bytes.size() % 2 != 0) to.push_back(0);
 }
 
 /// An animation of two frames of 20 by 10 at (6, 4) on a canvas.
 Bytes animation(std::uint32_t width, std::uint32_t height) {
   const Bytes still = webpFile(20, 10, true, true);
-  Bytes frame;
-  addNumber(frame, 3, 3);
-  addNumber(frame, 2, 3);
-  addNumber(frame, 19, 3);
-  addNumber(frame, 9, 3);
-  addNumber(frame, 100, 3);
-  frame.push_back(0);
-  frame.insert(frame.end(), still.begin() + 12, still.end());
-  Bytes parts = {'W', 'E', 'B', 'P'};
-  Bytes header = {0x12, 0, 0, 0};
-  addNumber(header, width - 1, 3);
-  addNumber(header, height - 1, 3);
-  addPart(parts, "VP8X", header);
-  addPart(parts, "ANIM", {1, 2, 3, 255, 0, 0});
-  addPart(parts, "ANMF", frame);
-  addPart(parts, "ANMF", frame);
-  Bytes file;
-  addPart(file, "RIFF", parts);
-  return file;
+  const Bytes frame = test::webpChunk(
+      "ANMF", ByteWriter(true).u24(3).u24(2).u24(19).u24(9).u24(100).u8(0).add({still.begin() + 12, still.end()}).file);
+  return test::webpFile(
+      joined({test::webpExtended(width, height, 0x12), test::webpChunk("ANIM", {1, 2, 3, 255, 0, 0}), frame, frame}));
 }
 
 TEST(WebPReader, PutsTheFirstFrameOnATransparentCanvas) {
@@ -152,7 +125,7 @@ TEST(WebPReader, SurvivesEveryCutAndFlippedByte) {
       damaged[i] ^= 0xFF;
       (void)read(damaged, size, {5, 7});
       (void)read(damaged, size, size);
-      (void)read(Bytes(file.begin(), file.begin() + static_cast<std::ptrdiff_t>(i)), size, {5, 7});
+      (void)read(test::beginning(file, i), size, {5, 7});
     }
   }
 }
@@ -161,8 +134,7 @@ TEST(WebPReader, GivesTheRowsBeforeTheEndOfAFile) {
   for (const bool isLossless : {false, true}) {
     const Bytes file = webpFile(200, 300, false, isLossless);
     const auto whole = read(file, {200, 300}, {200, 300});
-    const Bytes half(file.begin(), file.begin() + static_cast<std::ptrdiff_t>(file.size() * 3 / 4));
-    const auto bitmap = read(half, {200, 300}, {200, 300});
+    const auto bitmap = read(test::beginning(file, file.size() * 3 / 4), {200, 300}, {200, 300});
     ASSERT_TRUE(bitmap);
     EXPECT_EQ(test::pixelOf(*bitmap, 100, 20), test::pixelOf(*whole, 100, 20));
     EXPECT_EQ(test::pixelOf(*bitmap, 100, 299), 0U) << "transparent below";
@@ -196,11 +168,7 @@ Bytes flatFile(std::uint32_t width, std::uint32_t height) {
     put(0b101, 3);                                                       // simple, one symbol, of 8 bits
     put(symbol, 8);
   }
-  Bytes parts = {'W', 'E', 'B', 'P'};
-  addPart(parts, "VP8L", stream);
-  Bytes file;
-  addPart(file, "RIFF", parts);
-  return file;
+  return test::webpFile(test::webpChunk("VP8L", stream));
 }
 
 TEST(WebPReader, RefusesWhatTheDecoderKeepsBeyondItsMemory) {

@@ -1,7 +1,3 @@
-#include <cstdlib>
-#include <functional>
-#include <random>
-
 #include <sqlite3.h>
 #include <sys/sysmacros.h>
 #include <tests/Platform/Security/KeychainFixture.h>
@@ -14,13 +10,6 @@ namespace fs = std::filesystem;
 using KeychainKeeping = KeychainTest;
 
 constexpr char kHandedIn[] = "0123456789abcdef0123456789abcdef";
-
-/// The bytes of an ASCII text in UTF-16, as names are kept.
-std::string utf16Of(std::string_view text) {
-  std::string out;
-  for (const char byte : text) (out += byte) += '\0';
-  return out;
-}
 
 TEST_F(KeychainKeeping, FilesAreOursAloneUnderAnyUmask) {
   for (const mode_t mask : {0000U, 0077U, 0022U}) {
@@ -38,41 +27,6 @@ TEST_F(KeychainKeeping, FilesAreOursAloneUnderAnyUmask) {
     Keychain::close();
     fs::remove_all(folder());
   }
-}
-
-TEST_F(KeychainKeeping, WithoutTheKeyNothingCanBeRead) {
-  const Dictionary secret{{kSecClass, kSecClassGenericPassword},
-                          {kSecAttrService, u"SERVICE-canary"},
-                          {kSecAttrAccount, u"ACCOUNT-canary"},
-                          {kSecAttrAccessGroup, kGroup},
-                          {kSecAttrGeneric, dataOf("GENERIC-canary")}};
-  ASSERT_EQ(SecItemAdd(with(secret, kSecValueData, dataOf("VALUE-canary-1"))), errSecSuccess);
-  ASSERT_EQ(SecItemUpdate(secret, {{kSecValueData, dataOf("VALUE-canary-2")}}), errSecSuccess);
-  // A copy of what lies in the folder while the store is open, log included, but for the key.
-  const fs::path copy = root_ / "copy";
-  fs::create_directory(copy);
-  fs::permissions(copy, fs::perms::owner_all);
-  std::string all;
-  ASSERT_EQ(::system(("cp -p " + folder().string() + "/* " + copy.string()).c_str()), 0);
-  for (const auto& entry : fs::directory_iterator(copy)) {
-    if (entry.path().extension() == ".key") {
-      fs::remove(entry.path());
-    } else {
-      all += bytesOf(entry.path());
-    }
-  }
-  for (const std::string_view text :
-       {"SERVICE-canary", "ACCOUNT-canary", "GENERIC-canary", "VALUE-canary", "example"}) {
-    EXPECT_EQ(all.find(text), std::string::npos) << text;
-    EXPECT_EQ(all.find(utf16Of(text)), std::string::npos) << text << " in UTF-16";
-  }
-  Keychain::configure({copy.string(), std::vector<String>{kGroup}, KeySource::File, {}});
-  EXPECT_EQ(read(secret), "status -25291");
-  EXPECT_EQ(SecItemAdd(with(secret, kSecValueData, dataOf("x"))), errSecNotAvailable);
-  const KeychainReport report = Keychain::doctor();
-  EXPECT_EQ(report.key, KeyState::Missing);
-  EXPECT_EQ(report.source, KeySource::File);
-  for (const auto& entry : fs::directory_iterator(copy)) EXPECT_NE(entry.path().extension(), ".key") << "no new key";
 }
 
 TEST_F(KeychainKeeping, NeverTurnsToAnotherSource) {
@@ -234,57 +188,7 @@ TEST_F(KeychainKeeping, AStoreThatIsReplacedWhileOpenIsOpenedAnew) {
   EXPECT_EQ(read(u"kim"), "old");
 }
 
-/// Flips bits all over the store: a value is right or not answered, and what is no longer right, doctor sees.
-void flipBits(const fs::path& file, const std::function<std::string(int)>& read, int tries, int items) {
-  const std::string whole = bytesOf(file);
-  std::mt19937_64 random(20);
-  int unanswered = 0;
-  for (int i = 0; i < tries; ++i) {
-    std::string damaged = whole;
-    const std::size_t bit = random() % (damaged.size() * 8);
-    damaged[bit / 8] = static_cast<char>(damaged[bit / 8] ^ (1 << (bit % 8)));
-    writeBytes(file, damaged);
-    bool allAnswered = true;
-    for (int item = 0; item < items; ++item) {
-      const std::string value = read(item);
-      if (value == "value " + std::to_string(item)) continue;
-      allAnswered = false;
-      ASSERT_TRUE(value == "status -25291" || value == "status -25300" || value == "status -26275")
-          << bit << ": " << value;
-    }
-    if (!allAnswered) {
-      ++unanswered;
-      const KeychainReport report = Keychain::doctor();
-      EXPECT_FALSE(report.isSound() && report.items == static_cast<std::size_t>(items)) << bit;
-    }
-    Keychain::close();
-    for (const char* suffix : {"-wal", "-shm", "-journal"}) fs::remove(file.string() + suffix);
-  }
-  EXPECT_GT(unanswered, tries / 20) << "the flips hit nothing";
-  writeBytes(file, whole);
-}
-
-class KeychainDamage : public KeychainTest {
- protected:
-  void run(int tries) {
-    constexpr int kItems = 12;
-    const auto nameOf = [](int i) { return String::fromASCII("account " + std::to_string(i)); };
-    for (int i = 0; i < kItems; ++i) ASSERT_EQ(add(nameOf(i), "value " + std::to_string(i)), errSecSuccess);
-    Keychain::close();
-    flipBits(store(), [&](int i) { return read(nameOf(i)); }, tries, kItems);
-    for (int i = 0; i < kItems; ++i) EXPECT_EQ(read(nameOf(i)), "value " + std::to_string(i));
-  }
-};
-
-TEST_F(KeychainDamage, OneBitIsNeverAnotherValue) { run(300); }
-
-/// QUORVEL_SLOW_TESTS=1 turns it on.
-TEST_F(KeychainDamage, OneBitIsNeverAnotherValueSlow) {
-  if (!std::getenv("QUORVEL_SLOW_TESTS")) GTEST_SKIP();
-  run(10'000);
-}
-
-TEST_F(KeychainDamage, RowsThatChangePlacesDoNotOpen) {
+TEST_F(KeychainKeeping, RowsThatChangePlacesDoNotOpen) {
   ASSERT_EQ(add(u"kim", "first"), errSecSuccess);
   ASSERT_EQ(add(u"lee", "other"), errSecSuccess);
   Keychain::close();

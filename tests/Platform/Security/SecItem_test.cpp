@@ -1,7 +1,7 @@
-#include <thread>
+#include <atomic>
 
-#include <sys/wait.h>
 #include <tests/Platform/Security/KeychainFixture.h>
+#include <tests/support/Crowd.h>
 
 #include <quorvel/Platform/Foundation/Limits.h>
 
@@ -9,28 +9,6 @@ namespace quorvel::test {
 namespace {
 
 using SecItem = KeychainTest;
-
-TEST_F(SecItem, KeepsEveryValueByteForByte) {
-  const std::string million(std::size_t{1} << 20, '\xA5');
-  const std::pair<std::string, const char*> rows[] = {
-      {"", "empty"},
-      {std::string("\0", 1), "NUL alone"},
-      {std::string("a\0b\n\r\0", 6), "NUL and line ends inside"},
-      {"\xC0\x80\xED\xA0\x80\xFF", "no UTF-8"},
-      {std::string(15, 'x'), "below a cipher block"},
-      {std::string(16, 'x'), "a cipher block"},
-      {million, "1 MiB"},
-  };
-  for (const auto& [value, why] : rows) {
-    const String account = String::fromUTF8Replacing(why);
-    ASSERT_EQ(add(account, value), errSecSuccess) << why;
-    EXPECT_EQ(read(account), value) << why;
-    Keychain::close();
-    EXPECT_EQ(read(account), value) << why << ", opened again";
-    ASSERT_EQ(SecItemUpdate(item(account), {{kSecValueData, dataOf(value + "2")}}), errSecSuccess) << why;
-    EXPECT_EQ(read(account), value + "2") << why << ", changed";
-  }
-}
 
 TEST_F(SecItem, IdentityIsServiceAccountAndGroupUnitByUnit) {
   struct Row {
@@ -189,64 +167,18 @@ TEST_F(SecItem, AnswersWhatIsAskedFor) {
 TEST_F(SecItem, ThreadsShareOneStore) {
   constexpr int kThreads = 4;
   constexpr int kEach = 50;
-  std::vector<std::thread> threads;
   std::atomic<int> failed{0};
   const auto nameOf = [](int thread, int i) { return String::fromASCII(std::to_string(thread * 1000 + i)); };
-  for (int thread = 0; thread < kThreads; ++thread) {
-    threads.emplace_back([&, thread] {
-      for (int i = 0; i < kEach; ++i) {
-        if (add(nameOf(thread, i), std::to_string(i)) != errSecSuccess) ++failed;
-        if (read(nameOf(thread, i)) != std::to_string(i)) ++failed;
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
+  onThreads(kThreads, [&](int thread) {
+    for (int i = 0; i < kEach; ++i) {
+      if (add(nameOf(thread, i), std::to_string(i)) != errSecSuccess) ++failed;
+      if (read(nameOf(thread, i)) != std::to_string(i)) ++failed;
+    }
+  });
   EXPECT_EQ(failed, 0);
   std::vector<KeychainItem> items;
   ASSERT_EQ(Keychain::list(items), errSecSuccess);
   EXPECT_EQ(items.size(), kThreads * kEach);
-}
-
-/// Runs `work` in a child; its result.
-template <class Work>
-int inChild(Work work) {
-  const pid_t child = ::fork();
-  if (child == 0) ::_exit(work());
-  int status = 0;
-  ::waitpid(child, &status, 0);
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
-TEST_F(SecItem, ProcessesMakeOneStoreTogether) {
-  constexpr int kProcesses = 8;
-  constexpr int kEach = 25;
-  int gate[2];
-  ASSERT_EQ(::pipe(gate), 0);
-  std::vector<pid_t> children;
-  for (int process = 0; process < kProcesses; ++process) {
-    const pid_t child = ::fork();
-    if (child == 0) {
-      char byte = 0;
-      ::close(gate[1]);
-      (void)!::read(gate[0], &byte, 1);  // all set off at once
-      int failed = 0;
-      for (int i = 0; i < kEach; ++i) {
-        failed += add(String::fromASCII(std::to_string(process * 1000 + i)), "v") != errSecSuccess;
-      }
-      ::_exit(failed);
-    }
-    children.push_back(child);
-  }
-  ::close(gate[0]);
-  ::close(gate[1]);
-  for (const pid_t child : children) {
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    EXPECT_EQ(status, 0);
-  }
-  const KeychainReport report = Keychain::doctor();
-  EXPECT_TRUE(report.isSound());
-  EXPECT_EQ(report.items, kProcesses * kEach);
 }
 
 TEST_F(SecItem, AChildOfAnOpenKeychainHasNone) {

@@ -1,8 +1,8 @@
 #include <atomic>
 #include <filesystem>
-#include <thread>
 
 #include <gtest/gtest.h>
+#include <tests/support/Crowd.h>
 #include <tests/support/Images.h>
 #include <tests/support/Row.h>
 #include <tests/support/TemporaryFolder.h>
@@ -100,16 +100,12 @@ TEST_F(NamedImages, AreDecodedOnceUntilTheFileChanges) {
 TEST_F(NamedImages, MayBeAskedForByManyThreads) {
   for (int i = 0; i < 4; ++i) write("icon" + std::to_string(i) + ".png", 8);
   std::atomic<int> found = 0;
-  std::vector<std::thread> threads;
-  for (int t = 0; t < 4; ++t) {
-    threads.emplace_back([&found] {
-      for (int i = 0; i < 200; ++i) {
-        const auto image = UIImage::named(String::fromUTF8("icon" + std::to_string(i % 4)));
-        if (image && image->bitmap().width() == 8) ++found;
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
+  test::onThreads(4, [&found](int) {
+    for (int i = 0; i < 200; ++i) {
+      const auto image = UIImage::named(String::fromUTF8("icon" + std::to_string(i % 4)));
+      if (image && image->bitmap().width() == 8) ++found;
+    }
+  });
   EXPECT_EQ(found, 800);
 }
 
