@@ -169,9 +169,7 @@ class AnyOf {
   if (size < vector::kLanes || size > 2 * vector::kLanes) {
     return unicode::firstInRange(text, low, span, 0) != unicode::kInvalid;
   }
-  const auto in = [&](std::size_t from) {
-    return vector::inRange(vector::Units::load(text.data() + from), low, span);
-  };
+  const auto in = [&](std::size_t from) { return vector::inRange(vector::Units::load(text.data() + from), low, span); };
   return !(in(0) | in(size - vector::kLanes)).noneSet();
 }
 

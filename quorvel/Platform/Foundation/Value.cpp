@@ -98,14 +98,13 @@ template <class Type, class Element>
 Type* growBlock(Type* block, std::size_t room) {
   contract(room <= UINT32_MAX, "Value", "more elements than a container holds");
   const std::size_t bytes = sizeof(Type) + room * sizeof(Element);
-  void* memory = nullptr;
-  if (block->place == 0) {
-    memory = std::realloc(static_cast<void*>(block), bytes);
-  } else if ((memory = std::malloc(bytes))) {
+  const bool liesAlone = block->place == 0;
+  void* memory = liesAlone ? std::realloc(static_cast<void*>(block), bytes) : std::malloc(bytes);
+  if (!memory) throw std::bad_alloc();
+  if (!liesAlone) {
     std::memcpy(memory, static_cast<void*>(block), sizeof(Type) + block->size * sizeof(Element));
     blockcache::Pages::give(block, block->place);
   }
-  if (!memory) throw std::bad_alloc();
   block = static_cast<Type*>(memory);
   block->place = 0;
   block->capacity = static_cast<std::uint32_t>(room);
