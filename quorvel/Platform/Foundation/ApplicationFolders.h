@@ -1,4 +1,4 @@
-// ApplicationFolders: where the files of this user and of this application are (XDG Base Directory Specification and
+// ApplicationFolders: where the files of this user and of this application are (XDG base directories and
 // xdg-user-dirs). Read from the environment at each call; nothing is made.
 #pragma once
 

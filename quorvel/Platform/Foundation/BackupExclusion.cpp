@@ -22,7 +22,7 @@ constexpr const char* kTag = "CACHEDIR.TAG";
 constexpr std::string_view kSignature = "Signature: 8a477f597d28d172789f06886806bc55";
 constexpr std::string_view kOurTag =
     "Signature: 8a477f597d28d172789f06886806bc55\n"
-    "# This folder was marked by quorvel to be kept out of backups. Cache Directory Tagging Specification:\n"
+    "# This folder was marked by quorvel to be kept out of backups. Cache Directory Tagging:\n"
     "# https://bford.info/cachedir/\n";
 constexpr std::size_t kTagBytes = 4096;
 

@@ -11,7 +11,7 @@ namespace quorvel::backup {
 
 /// Marks a file or folder as excluded, in every way that its file system can hold: the extended attribute
 /// "user.xdg.robots.backup" with the value "false", the nodump flag, and in a folder a CACHEDIR.TAG file of mode 0600
-/// (Cache Directory Tagging Specification). One of them is enough; else the error tells why the first failed. With
+/// (Cache Directory Tagging). One of them is enough; else the error tells why the first failed. With
 /// `excluded` false all three go; a CACHEDIR.TAG that others wrote stays and is EEXIST. A link at the path is followed;
 /// EINVAL for what is neither file nor folder.
 [[nodiscard]] FileError setExcluded(const std::string& path, bool excluded);

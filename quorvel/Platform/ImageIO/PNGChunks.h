@@ -1,4 +1,4 @@
-// PNGChunks: the chunks of a PNG or an animated PNG (PNG specification, third edition, sections 5 and 11).
+// PNGChunks: the chunks of a PNG or an animated PNG (W3C PNG, third edition, sections 5 and 11).
 // Not here: pixels (ImageReader.h), what is packed in a chunk.
 #pragma once
 
